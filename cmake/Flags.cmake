@@ -7,7 +7,9 @@ target_compile_options(tarvo_flags INTERFACE
     # it a plain routine from the vectorised one it is compared with.
     -ffp-contract=off
     -Wall -Wextra -Wpedantic -Werror
-    -Wshadow -Wconversion -Wdouble-promotion
+    -Wshadow -Wconversion
+    # clang++ also warns where a double is initialised with a float, which says what it means.
+    $<$<CXX_COMPILER_ID:GNU>:-Wdouble-promotion>
     # clang++ counts this one to -Wconversion and g++ does not. Off for both: picture code indexes with signed
     # coordinates, and a cast at each index would hide the arithmetic.
     -Wno-sign-conversion

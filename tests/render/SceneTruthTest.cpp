@@ -34,9 +34,8 @@ constexpr Shift halfPixelShifts[] = {{0.5, 0.0}, {0.0, 0.5}};
 /// A picture of the room through rays that are moved by a part of an output pixel.
 Picture truthOf(const scene::CRoom& room, const scene::Vector& position, int width, int height, Shift shift,
                 const scene::RayField& rays) {
-    return scene::renderRays(room, position, width, height, [&](double u, double v) {
-        return rays(u + shift.x / width, v + shift.y / height);
-    });
+    const auto moved = [&](double u, double v) { return rays(u + shift.x / width, v + shift.y / height); };
+    return scene::renderRays(room, position, width, height, moved, {2, 0});
 }
 
 /// Rays of a rectilinear view: the half width and height are tangents.
