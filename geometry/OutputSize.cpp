@@ -7,7 +7,6 @@ namespace tarvo::geometry {
 namespace {
 
 constexpr std::uint32_t defaultWidth = 1024;
-constexpr double panoramaHeightUnitDegrees = 67.5;
 
 constexpr std::uint32_t even(std::uint32_t value) {
     return (value + 1) & ~std::uint32_t{1};
@@ -77,7 +76,7 @@ PictureSize deriveOutputSize(const OutputSizeRequest& request) {
         size.width = even(scaled(input.width, size.height, input.height));
     }
     if (isPanorama(request.viewType)) {
-        double widthPerHeight = request.panoramaFieldOfViewDegrees / panoramaHeightUnitDegrees;
+        double widthPerHeight = request.panoramaFieldOfViewDegrees / panoramaHeightDegrees;
         if (request.viewType == ViewType::panoramaDouble) {
             widthPerHeight /= 2.0;
         }

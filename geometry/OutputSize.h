@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geometry/Enumerations.h"
+#include "geometry/PanoramaRectangle.h"
 
 #include <cstdint>
 #include <optional>
@@ -22,7 +23,7 @@ struct OutputSizeRequest {
     std::int32_t options = 0; ///< `OptionFlag` bits
     PictureSize wanted;       ///< a side of 0 is left to the component
     bool isWantedSet = false; ///< a side was set at all, if only to 0
-    double panoramaFieldOfViewDegrees = 180.0;
+    double panoramaFieldOfViewDegrees = defaultPanoramaFieldOfView;
     std::optional<float> customAspect; ///< width / height of the custom view's tables
 };
 

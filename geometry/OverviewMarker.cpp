@@ -35,8 +35,8 @@ void buildOverviewMarker(const DewarpConstants& constants, double inputAspect, d
                 static_cast<float>(disc.centerY + disc.halfHeight * discY),
                 0.0F,
                 point.isOutside ? 0.0F : overviewMarkerAlpha,
-                static_cast<float>(0.5 + 0.5 * discX / inputAspect),
-                static_cast<float>(0.5 + 0.5 * discY)};
+                0.0F,
+                0.0F};
         }
     }
 

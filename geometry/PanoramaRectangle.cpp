@@ -5,17 +5,16 @@
 namespace tarvo::geometry {
 namespace {
 
-constexpr double usableHeightDegrees = 67.5;
 constexpr double usableHeightOfWallDegrees = 100.0;
 
 } // namespace
 
 PanoramaRectangle derivePanoramaRectangle(TiltOrientation orientation, double fieldOfViewDegrees,
                                           double panOffsetDegrees, double outputAspect) {
-    double height = usableHeightDegrees;
+    double height = panoramaHeightDegrees;
     if (outputAspect != 0.0) {
         const double usable =
-            orientation == TiltOrientation::wall ? usableHeightOfWallDegrees : usableHeightDegrees;
+            orientation == TiltOrientation::wall ? usableHeightOfWallDegrees : panoramaHeightDegrees;
         height = std::min(usable, fieldOfViewDegrees / outputAspect);
     }
     return {fieldOfViewDegrees, height, panOffsetDegrees, 0.0};

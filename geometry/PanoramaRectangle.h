@@ -12,6 +12,8 @@ struct PanoramaRectangle {
     double tiltOffsetDegrees = 0.0;
 };
 
+/// Vertical extent that a ceiling or desk camera leaves usable; a derived output height counts in it too.
+inline constexpr double panoramaHeightDegrees = 67.5;
 inline constexpr double defaultPanoramaFieldOfView = 180.0;
 inline constexpr double defaultPanoramaPanOffset = -90.0;
 

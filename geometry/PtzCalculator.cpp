@@ -52,6 +52,8 @@ PanTilt PtzCalculator::fromDewarpedPoint(double x, double y) const {
     const double height = up * std::cos(tilt) + std::sin(tilt);
 
     const double elevation = degreesFromRadians(std::asin(std::clamp(height * normalise, -1.0, 1.0)));
+    // Straight up or down there is no azimuth to add. With the single-precision π the elevation stays 2.5e-6
+    // short of 90, so what really decides there is that `right` is 0.
     double panOffset = 0.0;
     if (std::abs(std::abs(elevation) - 90.0) >= 1e-6) {
         panOffset = panOffsetDegrees(right * normalise / std::cos(radiansFromDegrees(elevation)));

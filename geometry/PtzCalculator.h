@@ -13,6 +13,9 @@ struct PanTilt {
 };
 
 /// Finds the direction that is seen at a point, for the dewarped view and for the fisheye picture itself.
+/// Both are spherical trigonometry: the view's ray (right, up, 1) tilted about the horizontal axis and read
+/// as azimuth and elevation, and the picture's radius turned into the angle off the lens axis by the lens
+/// polynomial's inverse.
 class PtzCalculator {
 public:
     void setMounting(TiltOrientation orientation) { m_orientation = orientation; }
@@ -31,12 +34,12 @@ public:
     /// Direction seen at (x, y) of the fisheye picture, in half input heights from its centre, y upward.
     PanTilt fromFisheyePoint(double x, double y) const;
 
-    const RadiusTable& radiusTable() const { return m_radiusTable; }
+    const CRadiusTable& radiusTable() const { return m_radiusTable; }
 
 private:
     double m_inputAspect = 4.0 / 3.0;
     TiltOrientation m_orientation = TiltOrientation::undef;
-    RadiusTable m_radiusTable;
+    CRadiusTable m_radiusTable;
     double m_panDegrees = 0.0;
     double m_tiltDegrees = 0.0;
     double m_fieldOfViewDegrees = 30.0;

@@ -7,7 +7,7 @@
 
 namespace tarvo::geometry {
 
-void RadiusTable::rebuild(const LensProfile& profile) {
+void CRadiusTable::rebuild(const LensProfile& profile) {
     m_size = 0;
     for (int i = 0; i < sampleCount; ++i) {
         const double angle = i * piSingle * 0.5 / (sampleCount - 1);
@@ -18,7 +18,7 @@ void RadiusTable::rebuild(const LensProfile& profile) {
     }
 }
 
-void RadiusTable::insertOrAssign(Entry entry) {
+void CRadiusTable::insertOrAssign(Entry entry) {
     const auto end = m_entries.begin() + static_cast<std::ptrdiff_t>(m_size);
     const auto place = std::lower_bound(m_entries.begin(), end, entry.radius,
                                         [](const Entry& e, double radius) { return e.radius < radius; });
@@ -31,7 +31,7 @@ void RadiusTable::insertOrAssign(Entry entry) {
     ++m_size;
 }
 
-double RadiusTable::angleAt(double radius) const {
+double CRadiusTable::angleAt(double radius) const {
     if (m_size == 0) {
         return 0.0;
     }

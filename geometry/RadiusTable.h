@@ -9,7 +9,7 @@ namespace tarvo::geometry {
 
 /// Ordered map from an image radius to the angle off the lens axis: the lens polynomial inverted by 21
 /// samples from 0 to 90 degrees. Fixed storage, so that copying the view state never allocates.
-class RadiusTable {
+class CRadiusTable {
 public:
     static constexpr int sampleCount = 21;
 

@@ -127,7 +127,16 @@ bool CViewState::setFieldOfView(double fieldOfViewDegrees) {
     return setPosition(fieldOfViewAxis, fieldOfViewDegrees);
 }
 
+void CViewState::setSelectedView(View view) {
+    if (view >= View::all && view <= View::southEast) {
+        m_selectedView = view;
+    }
+}
+
 bool CViewState::setPosition(const PtzAxis& axis, double degrees) {
+    if (std::isnan(degrees)) {
+        return false;
+    }
     const auto wanted = static_cast<float>(degrees);
     const auto main = static_cast<double>((m_parameters.*axis.get)());
     if (m_selectedView == View::all) {
@@ -205,7 +214,7 @@ ViewLayout CViewState::layout() const {
 }
 
 CDewarpParameters CViewState::subViewParameters(int index) const {
-    const QuadViewOffset& offset = m_quadViewOffsets[static_cast<std::size_t>(index)];
+    const QuadViewOffset& offset = m_quadViewOffsets.at(static_cast<std::size_t>(index));
     CDewarpParameters parameters = m_parameters;
     parameters.setPanTiltFieldOfView(
         static_cast<float>(static_cast<double>(parameters.pan()) + offset.panDegrees),

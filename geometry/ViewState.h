@@ -42,11 +42,12 @@ public:
     /// defaults, and so does every change among the others.
     void setViewType(ViewType viewType);
 
-    /// Which sub-view pan, tilt and field of view address.
-    void setSelectedView(View view) { m_selectedView = view; }
+    /// Which sub-view pan, tilt and field of view address; what is no view is ignored.
+    void setSelectedView(View view);
 
     /// Position of the main view, or of the selected sub-view, which keeps the difference to the main view as
-    /// its offset. Degrees; limited as `CDewarpParameters` does. True when something changed.
+    /// its offset. Degrees; limited as `CDewarpParameters` does; what is no number is ignored. True when
+    /// something changed.
     bool setPan(double panDegrees);
     bool setTilt(double tiltDegrees);
     bool setFieldOfView(double fieldOfViewDegrees);
@@ -88,7 +89,8 @@ public:
     /// The layout of the output picture; aspects that are unknown count as 4:3.
     ViewLayout layout() const;
 
-    /// The parameters that sub-view `index` (0 … 3, in the order of `View`) of the quad view is drawn with.
+    /// The parameters that sub-view `index` (0 … 3, in the order of `View`) of the quad view is drawn with;
+    /// throws std::out_of_range for another index.
     CDewarpParameters subViewParameters(int index) const;
 
 private:

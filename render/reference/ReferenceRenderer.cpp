@@ -9,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <stdexcept>
+#include <utility>
 
 namespace tarvo::render::reference {
 namespace {

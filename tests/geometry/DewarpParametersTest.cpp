@@ -42,6 +42,14 @@ TEST(DewarpParameters, startsWithItsDefaults) {
     EXPECT_EQ(constants.size[0], 2592.0F);
     EXPECT_EQ(constants.imageCenter[0], 1296.0F);
     EXPECT_EQ(constants.imageCenter[1], 972.0F);
+    EXPECT_EQ(constants.lambdaOffset, 1.5707963705062866F);
+    for (const float angle : constants.panoramaRectAngles) {
+        EXPECT_EQ(angle, 0.0F);
+    }
+    EXPECT_EQ(parameters.clampTilt(-100.0F), -90.0F);
+    EXPECT_EQ(parameters.clampTilt(100.0F), 90.0F);
+    EXPECT_EQ(parameters.clampPan(600.0F), 180.0F);
+    EXPECT_EQ(parameters.clampPan(-600.0F), -180.0F);
 }
 
 TEST(DewarpParameters, inputSidesThatAreNotPositiveKeepTheirValues) {

@@ -68,5 +68,16 @@ TEST(OutputSize, customViewFollowsItsTables) {
     EXPECT_EQ(deriveOutputSize(wanting(request, 301, 301)), (PictureSize{302, 302}));
 }
 
+TEST(OutputSize, derivedSidesAreMadeEven) {
+    OutputSizeRequest wide = requestFor(1002, 750);
+    wide.options = 2;
+    EXPECT_EQ(deriveOutputSize(wide), (PictureSize{1002, 564}));                                  // 563
+    EXPECT_EQ(deriveOutputSize(wanting(requestFor(1280, 720), 802, 0)), (PictureSize{802, 452})); // 451
+    EXPECT_EQ(deriveOutputSize(wanting(requestFor(1280, 720), 0, 452)), (PictureSize{804, 452})); // 803
+    OutputSizeRequest custom = requestFor(1280, 720, ViewType::custom);
+    custom.customAspect = 1.5F;
+    EXPECT_EQ(deriveOutputSize(wanting(custom, 0, 301)), (PictureSize{452, 301})); // 451
+}
+
 } // namespace
 } // namespace tarvo::geometry

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace tarvo::geometry {
 namespace {
 
@@ -36,16 +38,15 @@ TEST(PtzCalculator, centreOfTheViewIsTheCurrentPosition) {
 
 TEST(PtzCalculator, dewarpedPointsAgreeWithVectors) {
     for (const double pan : {-120.0, 0.0, 45.0}) {
-        for (const double tilt : {-60.0, -20.0, 0.0, 35.0}) {
+        for (const double tilt : {-85.0, -60.0, -20.0, 0.0, 35.0, 80.0}) {
             for (const double x : {-1.0, -0.3, 0.6}) {
                 for (const double y : {-0.9, 0.1, 0.8}) {
-                    const double tangent = std::tan(toRadians(25.0));
+                    const double tangent = std::tan(toRadians(50.0));
                     const auto ray = tests::viewRay(pan, tilt, x * 1.5 * tangent, y * tangent);
                     const PanTilt seen =
-                        calculator(TiltOrientation::ceiling, pan, tilt, 25.0, 1.5).fromDewarpedPoint(x, y);
+                        calculator(TiltOrientation::ceiling, pan, tilt, 50.0, 1.5).fromDewarpedPoint(x, y);
                     const auto direction = tests::lookingAt(seen.panDegrees, seen.tiltDegrees);
-                    // All of these rays rise or fall by less than a right angle from the view's own
-                    // direction.
+                    // Past a pole the tilt goes on beyond 90 degrees; the direction is the same.
                     for (std::size_t i = 0; i < 3; ++i) {
                         EXPECT_NEAR(direction[i], ray[i], 1e-6) << pan << ' ' << tilt << ' ' << x << ' ' << y;
                     }
@@ -61,6 +62,29 @@ TEST(PtzCalculator, straightDownHasTheCurrentPan) {
     const PanTilt seen = calculator(TiltOrientation::ceiling, 50.0, -60.0, 40.0).fromDewarpedPoint(0.0, y);
     EXPECT_NEAR(seen.panDegrees, 50.0, tolerance);
     EXPECT_NEAR(seen.tiltDegrees, -90.0, tolerance);
+}
+
+TEST(PtzCalculator, straightUpHasTheCurrentPan) {
+    const double y = std::tan(toRadians(30.0)) / std::tan(toRadians(40.0));
+    const PanTilt seen = calculator(TiltOrientation::desk, -70.0, 60.0, 40.0).fromDewarpedPoint(0.0, y);
+    EXPECT_NEAR(seen.panDegrees, -70.0, tolerance);
+    EXPECT_NEAR(seen.tiltDegrees, 90.0, tolerance);
+}
+
+TEST(PtzCalculator, centreAtThePoleIsTheCurrentPositionToo) {
+    for (const double tilt : {-90.0, 90.0}) {
+        const PanTilt centre =
+            calculator(TiltOrientation::wall, 33.0, tilt, 30.0).fromDewarpedPoint(0.0, 0.0);
+        EXPECT_DOUBLE_EQ(centre.panDegrees, 33.0);
+        EXPECT_NEAR(centre.tiltDegrees, tilt, tolerance);
+    }
+}
+
+TEST(PtzCalculator, beyondTheZenithTheTiltGoesOn) {
+    const double y = std::tan(toRadians(50.0)) / std::tan(toRadians(55.0));
+    const PanTilt seen = calculator(TiltOrientation::desk, 0.0, 60.0, 55.0).fromDewarpedPoint(0.0, y);
+    EXPECT_NEAR(seen.panDegrees, 0.0, tolerance);
+    EXPECT_NEAR(seen.tiltDegrees, 110.0, tolerance);
 }
 
 TEST(PtzCalculator, beyondTheNadirTheTiltGoesOn) {

@@ -11,7 +11,7 @@ namespace {
 constexpr double halfPi = 3.1415927410125732 / 2.0;
 
 TEST(RadiusTable, equidistantLensIsInvertedExactly) {
-    RadiusTable table;
+    CRadiusTable table;
     table.rebuild({0.0F, 0.0F, 0.25F}); // radius in half heights = θ / 2
     EXPECT_EQ(table.size(), 21U);
     for (const double theta : {0.0, 0.1, 0.5, 1.0, 1.5}) {
@@ -20,7 +20,7 @@ TEST(RadiusTable, equidistantLensIsInvertedExactly) {
 }
 
 TEST(RadiusTable, isLinearBetweenSamplesOfFourAndAHalfDegrees) {
-    RadiusTable table;
+    CRadiusTable table;
     table.rebuild({0.0F, 0.5F, 0.0F}); // radius in half heights = θ²
     const double step = halfPi / 20.0;
     // Halfway in radius between the third (2 steps) and the fourth sample (3 steps).
@@ -29,7 +29,7 @@ TEST(RadiusTable, isLinearBetweenSamplesOfFourAndAHalfDegrees) {
 }
 
 TEST(RadiusTable, beyondTheLastSampleLiesTheHorizon) {
-    RadiusTable table;
+    CRadiusTable table;
     table.rebuild(defaultLensProfile);
     EXPECT_DOUBLE_EQ(table.angleAt(2.0), halfPi);
     EXPECT_DOUBLE_EQ(table.angleAt(std::numeric_limits<double>::infinity()), halfPi);
@@ -37,14 +37,14 @@ TEST(RadiusTable, beyondTheLastSampleLiesTheHorizon) {
 }
 
 TEST(RadiusTable, belowTheFirstSampleItsAngleHolds) {
-    RadiusTable table;
+    CRadiusTable table;
     table.rebuild({0.0F, 0.0F, -0.25F}); // keys run downward: the smallest belongs to the horizon
     EXPECT_DOUBLE_EQ(table.angleAt(-5.0), halfPi);
     EXPECT_DOUBLE_EQ(table.angleAt(1.0), 0.0);
 }
 
 TEST(RadiusTable, equalRadiiKeepOneEntryWithTheLastAngle) {
-    RadiusTable table;
+    CRadiusTable table;
     table.rebuild({0.0F, 0.0F, 0.0F});
     EXPECT_EQ(table.size(), 1U);
     EXPECT_DOUBLE_EQ(table.angleAt(0.0), halfPi);
@@ -52,7 +52,7 @@ TEST(RadiusTable, equalRadiiKeepOneEntryWithTheLastAngle) {
 }
 
 TEST(RadiusTable, aLensThatIsNoNumberLeavesItHarmless) {
-    RadiusTable table;
+    CRadiusTable table;
     table.rebuild({std::numeric_limits<float>::quiet_NaN(), 0.0F, 0.0F});
     EXPECT_EQ(table.size(), 0U);
     EXPECT_DOUBLE_EQ(table.angleAt(0.5), 0.0);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <stdexcept>
 
 namespace tarvo::geometry {
 namespace {
@@ -181,6 +182,30 @@ TEST(ViewState, whatIsNoNumberChangesNothing) {
     EXPECT_EQ(view.panoramaPanOffset(), -90.0);
     EXPECT_EQ(view.inputSize(), (PictureSize{2592, 1944}));
     EXPECT_EQ(view.outputSize(), (PictureSize{1024, 768}));
+}
+
+TEST(ViewState, whatIsNoNumberKeepsASubViewsOffset) {
+    CViewState view = stateOf(ViewType::quad, TiltOrientation::ceiling);
+    view.setSelectedView(View::northEast);
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_FALSE(view.setPan(none));
+    EXPECT_FALSE(view.setTilt(none));
+    EXPECT_FALSE(view.setFieldOfView(none));
+    EXPECT_EQ(view.quadViewOffsets()[1].panDegrees, 45.0);
+    EXPECT_EQ(view.quadViewOffsets()[1].tiltDegrees, 0.0);
+    view.setSelectedView(View::all);
+    EXPECT_FALSE(view.setPan(none));
+    EXPECT_FALSE(view.parameters().isPtzUserSet());
+}
+
+TEST(ViewState, viewsThatDoNotExistAreRefused) {
+    CViewState view = stateOf(ViewType::quad, TiltOrientation::ceiling);
+    view.setSelectedView(View::southWest);
+    view.setSelectedView(static_cast<View>(9));
+    view.setSelectedView(static_cast<View>(-1));
+    EXPECT_EQ(view.selectedView(), View::southWest);
+    EXPECT_THROW((void)view.subViewParameters(4), std::out_of_range);
+    EXPECT_THROW((void)view.subViewParameters(-1), std::out_of_range);
 }
 
 } // namespace

@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <numbers>
+#include <optional>
 
 // The dewarped views of a room's fisheye pictures against pictures of the same room that no lens ever bent.
 // The room is ray-cast by code of its own, so nothing of the projection stands on both sides.
