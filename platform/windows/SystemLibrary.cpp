@@ -1,0 +1,23 @@
+#include "platform/SystemLibrary.h"
+
+#include <windows.h>
+
+namespace tarvo::platform {
+
+CSystemLibrary::CSystemLibrary(const char* name) {
+    if (name != nullptr && *name != '\0')
+        m_handle = LoadLibraryA(name);
+}
+
+CSystemLibrary::~CSystemLibrary() {
+    if (m_handle != nullptr)
+        FreeLibrary(static_cast<HMODULE>(m_handle));
+}
+
+void* CSystemLibrary::symbol(const char* name) const {
+    if (m_handle == nullptr || name == nullptr)
+        return nullptr;
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(m_handle), name));
+}
+
+} // namespace tarvo::platform
