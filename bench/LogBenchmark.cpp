@@ -30,6 +30,9 @@ void filteredLine(benchmark::State& state) {
         TARVO_LOG(log, LogCategory::information, 1, "bench", "frame %d", frame);
         benchmark::DoNotOptimize(++frame);
     }
+    if (state.threads() == 1 && bench::allocationCount() != before) {
+        state.SkipWithError("a filtered line allocated");
+    }
     // Threads together: what the harness itself allocates in the loop is nothing.
     state.counters["allocations"] = static_cast<double>(bench::allocationCount() - before);
 }

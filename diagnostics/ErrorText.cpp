@@ -7,18 +7,21 @@
 namespace tarvo::diagnostics {
 namespace {
 
-void removeEnd(std::string& text, char character) {
-    if (!text.empty() && text.back() == character) {
-        text.pop_back();
+bool removeEnd(std::string& text, char character) {
+    if (text.empty() || text.back() != character) {
+        return false;
     }
+    text.pop_back();
+    return true;
 }
 
 } // namespace
 
 std::string errorText(std::int32_t result) {
     if (auto text = platform::systemErrorText(result)) {
-        removeEnd(*text, '\n');
-        removeEnd(*text, '\r');
+        if (removeEnd(*text, '\n')) {
+            removeEnd(*text, '\r');
+        }
         return *text;
     }
     const auto code = static_cast<std::uint32_t>(result);

@@ -4,9 +4,11 @@
 #include "platform/LastError.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdarg>
 #include <cstring>
-#include <new>
+#include <limits>
+#include <thread>
 
 namespace tarvo::diagnostics {
 namespace {
@@ -59,22 +61,22 @@ Configuration readConfiguration(ILogServices& services, const char* configuratio
 }
 
 /// Gives the thread's last-error value, by default the one it has, back at the end of a scope.
-class RestoredLastError {
+class CRestoredLastError {
 public:
-    explicit RestoredLastError(std::uint32_t value = platform::lastError()) : m_value(value) {}
-    ~RestoredLastError() { platform::setLastError(m_value); }
-    RestoredLastError(const RestoredLastError&) = delete;
-    RestoredLastError& operator=(const RestoredLastError&) = delete;
+    explicit CRestoredLastError(std::uint32_t value = platform::lastError()) : m_value(value) {}
+    ~CRestoredLastError() { platform::setLastError(m_value); }
+    CRestoredLastError(const CRestoredLastError&) = delete;
+    CRestoredLastError& operator=(const CRestoredLastError&) = delete;
 
 private:
     std::uint32_t m_value;
 };
 
 /// Fills a line from the left and cuts off what does not fit.
-class LineBuilder {
+class CLineBuilder {
 public:
     /// `line` has room for `length` characters and the terminator.
-    LineBuilder(char* line, std::size_t length) : m_line(line), m_length(length) { m_line[0] = '\0'; }
+    CLineBuilder(char* line, std::size_t length) : m_line(line), m_length(length) { m_line[0] = '\0'; }
 
     void append(const char* text) {
         const std::size_t count = std::min(std::strlen(text), m_length - m_used);
@@ -108,11 +110,22 @@ Log::Log(ILogServices& services) : m_services(services), m_file(services) {
 }
 
 Log::~Log() {
-    // A line in the making elsewhere is still finished.
-    const std::lock_guard guard(m_lock);
+    // A line in the making elsewhere is still finished - but not waited for without end: a process that exits
+    // may have stopped a thread in the middle of one.
+    std::unique_lock lock(m_lock, std::try_to_lock);
+    for (int attempt = 0; !lock.owns_lock() && attempt < 100; ++attempt) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        (void)lock.try_lock();
+    }
+    m_debuggerThreshold = std::numeric_limits<std::int32_t>::min();
+    m_fileThreshold = std::numeric_limits<std::int32_t>::min();
+    if (lock.owns_lock()) {
+        m_file.close();
+    }
 }
 
 std::int32_t Log::Register(const char* moduleTag, const char* configurationKey) {
+    const CRestoredLastError restored;
     const std::lock_guard guard(m_lock);
     if (++m_instanceCounter > largestInstanceId) {
         m_instanceCounter = 1;
@@ -125,7 +138,6 @@ std::int32_t Log::Register(const char* moduleTag, const char* configurationKey) 
 }
 
 void Log::configure(const char* moduleTag, const char* configurationKey) {
-    const RestoredLastError restored;
     Configuration configuration;
     try {
         configuration = readConfiguration(m_services, configurationKey);
@@ -150,8 +162,8 @@ void Log::SetModule(const char* moduleTag, std::int32_t debuggerThreshold) {
 
 void Log::SetFileOutput(const char* path, std::int32_t fileThreshold, std::int32_t sizeLimitKB,
                         std::int32_t backupCount) {
+    const CRestoredLastError restored;
     const std::lock_guard guard(m_lock);
-    const RestoredLastError restored;
     m_file.setLimits(sizeLimitKB, backupCount);
     m_fileThreshold = fileThreshold;
     if (fileThreshold <= 0) {
@@ -180,16 +192,18 @@ bool Log::beginWanted(std::int32_t level, LogCategory category, std::int32_t ins
         return false;
     }
     ++m_nestingCount;
+    // The arguments of the line may ask for it.
+    platform::setLastError(lastError);
     return true;
 }
 
 void Log::Print(const char* format, ...) {
     // Put back last, behind the lock's own calls of the system.
-    const RestoredLastError restored(m_context.lastError);
+    const CRestoredLastError restored(m_context.lastError);
     const std::lock_guard guard(m_lock, std::adopt_lock);
     const bool isWanted = m_context.level <= m_debuggerThreshold || m_context.level <= m_fileThreshold;
     if (isWanted) {
-        LineBuilder line(m_line.data(), lineLength);
+        CLineBuilder line(m_line.data(), lineLength);
         const auto category = static_cast<std::size_t>(m_context.category);
         line.append(m_prefixes[category < categoryCount ? category : 0].c_str());
         if (m_context.instanceId > 0) {
@@ -207,6 +221,16 @@ void Log::Print(const char* format, ...) {
         va_end(arguments);
         emit(line.used());
     }
+    endLine();
+}
+
+void Log::Drop() noexcept {
+    const CRestoredLastError restored(m_context.lastError);
+    const std::lock_guard guard(m_lock, std::adopt_lock);
+    endLine();
+}
+
+void Log::endLine() noexcept {
     if (m_nestingCount > 1) {
         m_context = std::move(m_savedContexts.back());
         m_savedContexts.pop_back();

@@ -35,7 +35,7 @@ public:
     std::int32_t Register(const char* moduleTag, const char* configurationKey);
 
     /// Begins a line. False, at the cost of two comparisons and without a lock, when nobody wants it; else
-    /// the lock is held until exactly one `Print` by the same thread.
+    /// the lock is held until exactly one `Print` or `Drop` by the same thread.
     bool Begin(std::int32_t level, LogCategory category, std::int32_t instanceId, const char* functionName) {
         if (level > m_debuggerThreshold.load(std::memory_order_relaxed) &&
             level > m_fileThreshold.load(std::memory_order_relaxed)) {
@@ -47,6 +47,10 @@ public:
     /// Writes the line that was begun; printf-style. What is past 4,096 characters is cut off.
     [[gnu::format(printf, 2, 3)]] void Print(const char* format, ...);
 
+    /// Ends a line that was begun without writing it, where an exception kept its arguments from being built.
+    void Drop() noexcept;
+
+    /// What every line begins with, and the level up to which lines go to the debugger.
     void SetModule(const char* moduleTag, std::int32_t debuggerThreshold);
 
     /// A file threshold of 0 or less leaves the file as it is. See `CLogFile` for the others.
@@ -68,6 +72,7 @@ private:
 
     bool beginWanted(std::int32_t level, LogCategory category, std::int32_t instanceId,
                      const char* functionName);
+    void endLine() noexcept;
     void configure(const char* moduleTag, const char* configurationKey);
     void emit(std::size_t length);
 

@@ -1,9 +1,16 @@
 #include "diagnostics/LogFile.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
+#include <string_view>
 
 namespace tarvo::diagnostics {
 namespace {
+
+/// Where so many backups fail the next ones will too, and every thread that logs is waiting.
+constexpr std::int32_t mostAttempts = 100;
 
 constexpr const char* headerFormat = "Log File (#%d)\n";
 
@@ -75,16 +82,23 @@ void CLogFile::readFileNumber() {
     char head[32] = {};
     head[std::fread(head, 1, sizeof head - 1, file)] = '\0';
     std::fclose(file);
-    int number = 0;
-    // Nine digits at most: what a longer number would become is anyone's guess.
-    if (std::sscanf(head, "Log File (#%9d", &number) == 1) {
-        m_fileNumber = number;
+    constexpr std::string_view begin = "Log File (#";
+    if (std::strncmp(head, begin.data(), begin.size()) != 0) {
+        return;
+    }
+    const char* const digits = head + begin.size();
+    char* end = nullptr;
+    const long long number = std::strtoll(digits, &end, 10);
+    // The largest number has no successor.
+    if (end != digits && number > std::numeric_limits<std::int32_t>::min() &&
+        number < std::numeric_limits<std::int32_t>::max()) {
+        m_fileNumber = static_cast<std::int32_t>(number);
     }
 }
 
 void CLogFile::rotate() {
     readFileNumber();
-    for (std::int32_t attempt = 0; attempt < m_backupCount; ++attempt) {
+    for (std::int32_t attempt = 0; attempt < std::min(m_backupCount, mostAttempts); ++attempt) {
         const std::string backup = backupName(m_path, m_fileNumber);
         ++m_fileNumber;
         if (m_fileNumber >= m_backupCount) {

@@ -27,11 +27,13 @@ public:
     /// Writes one line with the local date and time before it, then rotates when the file is past its limit.
     void writeLine(const char* text);
 
+    /// Until the next line.
+    void close();
+
 private:
     void startNew();
     void rotate();
     void readFileNumber();
-    void close();
 
     ILogServices& m_services;
     std::string m_path;

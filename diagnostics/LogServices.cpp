@@ -7,7 +7,7 @@
 namespace tarvo::diagnostics {
 namespace {
 
-class SystemLogServices final : public ILogServices {
+class CSystemLogServices final : public ILogServices {
 public:
     platform::IRegistry& registry() override { return platform::systemRegistry(); }
     void sleep(std::chrono::milliseconds duration) override { RegKeyRead::sleepOnThisThread(duration); }
@@ -24,9 +24,9 @@ public:
 } // namespace
 
 ILogServices& systemLogServices() {
-    // Never destroyed: the module's log still writes while other globals go.
-    static SystemLogServices* const services = new SystemLogServices;
-    return *services;
+    // The module's log asks for it while it is made, so this is the later to go.
+    static CSystemLogServices services;
+    return services;
 }
 
 } // namespace tarvo::diagnostics

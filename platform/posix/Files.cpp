@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tarvo::platform {
 namespace {
@@ -30,6 +31,42 @@ std::optional<int> openFlags(std::string_view mode) {
     }
 }
 
+/// Copies what is left of `source` through `write`.
+template<class Write>
+bool copyRest(int source, Write write) {
+    constexpr std::size_t atOnce = 1 << 20;
+    std::string bytes;
+    do {
+        bytes.clear();
+        if (!readBytes(source, atOnce, bytes) || !write(bytes))
+            return false;
+    } while (!bytes.empty());
+    return true;
+}
+
+/// Writes into the file itself, as far as it gets.
+bool overwriteContent(int source, const char* to) {
+    const CFileDescriptor target(open(to, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status {};
+    if (!target || fstat(target.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        lseek(source, 0, SEEK_SET) != 0 || ftruncate(target.get(), 0) != 0)
+        return false;
+    return copyRest(source, [&target](std::string_view bytes) {
+        while (!bytes.empty()) {
+            const ssize_t count = write(target.get(), bytes.data(), bytes.size());
+            if (count > 0)
+                bytes.remove_prefix(static_cast<std::size_t>(count));
+            else if (count == 0 || errno != EINTR)
+                return false;
+        }
+        return true;
+    });
+}
+
+bool isFolderProtected(int error) {
+    return error == EACCES || error == EPERM || error == EROFS;
+}
+
 bool copyContent(const char* from, const char* to) {
     struct stat source {};
     const CFileDescriptor file = openRegularFile(from, source);
@@ -41,14 +78,14 @@ bool copyContent(const char* from, const char* to) {
         return false;
     }
     CReplacementFile copy(to);
-    constexpr std::size_t atOnce = 1 << 20;
-    std::string bytes;
-    do {
-        bytes.clear();
-        if (!readBytes(file.get(), atOnce, bytes) || !copy.write(bytes))
+    if (copy.isSound()) {
+        if (!copyRest(file.get(), [&copy](std::string_view bytes) { return copy.write(bytes); }))
             return false;
-    } while (!bytes.empty());
-    return copy.commit();
+        if (copy.commit(Durability::whenConvenient))
+            return true;
+    }
+    // A file that everyone may write can stand in a folder that is not everyone's.
+    return isFolderProtected(errno) && overwriteContent(file.get(), to);
 }
 
 } // namespace
@@ -59,14 +96,18 @@ std::FILE* openFile(const char* path, const char* mode) {
         errno = EINVAL;
         return nullptr;
     }
-    // Opening a directory for reading would succeed. Not waiting for the other end of a pipe also means that
-    // a pipe which nobody empties loses what is written to it instead of stopping the writer.
+    // Opening a directory for reading would succeed, and a pipe would make its reader wait for a writer.
     CFileDescriptor file(open(path, *flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666));
     struct stat status {};
     if (!file || fstat(file.get(), &status) != 0)
         return nullptr;
     if (S_ISDIR(status.st_mode)) {
         errno = EISDIR;
+        return nullptr;
+    }
+    // Writing to a pipe whose reader has gone would end the process.
+    if (S_ISFIFO(status.st_mode) && *flags != O_RDONLY) {
+        errno = EINVAL;
         return nullptr;
     }
     std::FILE* const stream = fdopen(file.get(), mode);

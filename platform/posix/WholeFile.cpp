@@ -107,12 +107,15 @@ bool CReplacementFile::write(std::string_view bytes) {
     return m_isSound;
 }
 
-bool CReplacementFile::commit() {
-    if (!m_isSound || fsync(m_file.get()) != 0 || rename(m_temporaryPath.c_str(), m_path.c_str()) != 0)
+bool CReplacementFile::commit(Durability durability) {
+    const bool isDurable = durability == Durability::onDisk;
+    if (!m_isSound || (isDurable && fsync(m_file.get()) != 0) ||
+        rename(m_temporaryPath.c_str(), m_path.c_str()) != 0)
         return false;
     m_file = CFileDescriptor();
     m_isSound = false;
-    synchronizeFolder(m_path);
+    if (isDurable)
+        synchronizeFolder(m_path);
     return true;
 }
 

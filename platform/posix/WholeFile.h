@@ -21,6 +21,9 @@ CFileDescriptor openRegularFile(const char* path, struct stat& status);
 /// came before.
 bool readBytes(int file, std::size_t limit, std::string& bytes);
 
+/// Whether a file must outlast a crash of the system, which costs a wait for the disk.
+enum class Durability { onDisk, whenConvenient };
+
 /// Takes the place of a file all at once, or not at all: what is written goes into a new file beside it,
 /// which in the end is given its name. Errors leave errno set and the file as it was.
 class CReplacementFile {
@@ -33,9 +36,12 @@ public:
     /// Without a commit nothing has happened.
     ~CReplacementFile();
 
+    /// False, with errno set, when the place cannot be taken so.
+    bool isSound() const { return m_isSound; }
+
     bool write(std::string_view bytes);
-    /// Puts the file, once it is on disk, in its place.
-    bool commit();
+    /// Puts the file in its place, by default once it is on disk.
+    bool commit(Durability durability = Durability::onDisk);
 
 private:
     bool m_isSound = false;

@@ -22,6 +22,7 @@ inline void expectLogFollowsTheRegistry() {
     ASSERT_EQ(
         registry.createKey(platform::localMachine, "SOFTWARE\\Tarvo\\TARVO Dewarping Transform DMO", key),
         platform::registryError::success);
+    ASSERT_EQ(registry.setDword(key, "DBGView", 2), platform::registryError::success);
     ASSERT_EQ(registry.setDword(key, "DBGFile", 2), platform::registryError::success);
     ASSERT_EQ(registry.setDword(key, "FileSizeKB", 1), platform::registryError::success);
     ASSERT_EQ(registry.setDword(key, "NbrFiles", 2), platform::registryError::success);

@@ -14,15 +14,8 @@ constexpr std::int32_t code(std::uint32_t bits) {
 TEST(ErrorText, systemMessageLosesItsLineEnd) {
     const auto message = platform::systemErrorText(code(0x80070057U)); // E_INVALIDARG
     ASSERT_TRUE(message);
-    std::string expected = *message;
-    if (!expected.empty() && expected.back() == '\n') {
-        expected.pop_back();
-    }
-    if (!expected.empty() && expected.back() == '\r') {
-        expected.pop_back();
-    }
-    EXPECT_FALSE(expected.empty());
-    EXPECT_EQ(errorText(code(0x80070057U)), expected);
+    ASSERT_GT(message->size(), 2U);
+    EXPECT_EQ(errorText(code(0x80070057U)) + "\r\n", *message);
 }
 
 TEST(ErrorText, codesOfDispatchInterfacesAreCountedFrom0x200) {

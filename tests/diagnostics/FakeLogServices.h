@@ -7,7 +7,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -114,6 +114,7 @@ public:
     std::function<bool(const std::string&, const std::string&)> mayOpen;
     platform::LocalTime now{2026, 11, 16, 0, 44, 58, 123};
     bool canTellPosition = true;
+    std::optional<std::int64_t> position; ///< told instead of the real one
 
     /// Makes the registry hold the given values for the module.
     std::map<std::string, FakeRegistry::Value>& configuration() {
@@ -139,7 +140,7 @@ public:
         return mayOpen && !mayOpen(path, mode) ? nullptr : platform::openFile(path, mode);
     }
     std::int64_t filePosition(std::FILE* file) override {
-        return canTellPosition ? platform::filePosition(file) : -1;
+        return !canTellPosition ? -1 : position ? *position : platform::filePosition(file);
     }
     bool copyFile(const char* from, const char* to) override {
         copies.emplace_back(to);

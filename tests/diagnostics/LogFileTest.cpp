@@ -148,6 +148,41 @@ TEST_F(LogFileTest, whenNoBackupWorksTheFileStartsAnewAllTheSame) {
     EXPECT_EQ(readText(path), header(0) + stamp + "goes on\n");
 }
 
+TEST_F(LogFileTest, unconfiguredLimitsAreTenMegabytesAndOneBackup) {
+    services.mayCopy = [](const std::string&) { return false; };
+    CLogFile file(services);
+    file.use(path);
+    services.position = 10'000'000;
+    file.writeLine("at the limit");
+    EXPECT_TRUE(services.copies.empty());
+    services.position = 10'000'001;
+    file.writeLine("past it");
+    EXPECT_EQ(services.copies.size(), 1U);
+}
+
+TEST_F(LogFileTest, manyFailingBackupsAreGivenUp) {
+    services.mayCopy = [](const std::string&) { return false; };
+    CLogFile file(services);
+    file.setLimits(1, 0x7FFFFFFF);
+    file.use(path);
+    file.writeLine(longLine('x').c_str());
+    EXPECT_EQ(services.copies.size(), 100U);
+    file.writeLine(longLine('x').c_str()); // the numbers go on all the same
+    EXPECT_EQ(services.copies.back(), backup("199"));
+}
+
+TEST_F(LogFileTest, headersWithUnusableNumbersKeepTheNumber) {
+    for (const char* const number : {"x", "2147483647", "99999999999999999999", "-2147483648", ""}) {
+        services.copies.clear();
+        std::ofstream(path) << "Log File (#" << number << ")\n";
+        CLogFile file(services);
+        file.setLimits(1, 3);
+        file.use(path);
+        file.writeLine(longLine('x').c_str());
+        EXPECT_EQ(services.copies, std::vector{backup(" 0")}) << number;
+    }
+}
+
 TEST_F(LogFileTest, backupOntoAFolderFails) {
     std::filesystem::create_directory(backup(" 0"));
     CLogFile file(services);

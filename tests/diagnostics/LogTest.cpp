@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
+#include <stdexcept>
+
 namespace tarvo::diagnostics {
 namespace {
 
@@ -121,6 +125,74 @@ TEST_F(LogTest, lastErrorSurvivesALine) {
     EXPECT_EQ(platform::lastError(), 1234U);
 }
 
+TEST_F(LogTest, lastErrorIsTheLinesOwnWhileItsArgumentsAreBuilt) {
+    Log log(services);
+    log.SetModule("T", 2);
+    platform::setLastError(5);
+    const auto nested = [&log] {
+        platform::setLastError(6);
+        TARVO_LOG(log, LogCategory::error, 0, "", "inner %u", static_cast<unsigned>(platform::lastError()));
+        return static_cast<unsigned>(platform::lastError()); // given back as the inner line found it
+    };
+    TARVO_LOG(log, LogCategory::error, 0, "", "outer %u %u", static_cast<unsigned>(platform::lastError()),
+              nested());
+    EXPECT_EQ(services.debuggerLines[0], "T:E:inner 6\n");
+    // Arguments are built in any order: the first is 5, or 6 after the inner line.
+    EXPECT_TRUE(lastLine() == "T:E:outer 5 6\n" || lastLine() == "T:E:outer 6 6\n") << lastLine();
+    EXPECT_EQ(platform::lastError(), 5U);
+}
+
+TEST_F(LogTest, lineWhoseArgumentThrowsIsDroppedAndHoldsNoLock) {
+    Log log(services);
+    log.SetModule("T", 2);
+    const auto fail = []() -> int { throw std::runtime_error("no"); };
+    EXPECT_THROW(TARVO_LOG(log, LogCategory::error, 0, "", "%d", fail()), std::runtime_error);
+    EXPECT_TRUE(services.debuggerLines.empty());
+    auto other = std::async(std::launch::async, [&log] { TARVO_LOG(log, LogCategory::error, 0, "", "on"); });
+    ASSERT_EQ(other.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    EXPECT_EQ(lastLine(), "T:E:on\n");
+}
+
+TEST_F(LogTest, filteredLineNeverWaitsForOneInTheMaking) {
+    Log log(services);
+    log.SetModule("T", 1);
+    ASSERT_TRUE(log.Begin(1, LogCategory::error, 0, "")); // holds the lock
+    auto other = std::async(std::launch::async, [&log] { return log.Begin(2, LogCategory::error, 0, ""); });
+    const bool hasEnded = other.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+    log.Print("x");
+    ASSERT_TRUE(hasEnded);
+    EXPECT_FALSE(other.get());
+}
+
+TEST_F(LogTest, debuggerAndFileGetTheSameLine) {
+    const std::string path = folder / "log.log";
+    services.setDword("DBGView", 2);
+    services.setDword("DBGFile", 2);
+    services.setText("logpath", path);
+    Log log(services);
+    log.Register("T", FakeLogServices::configurationKey);
+    TARVO_LOG(log, LogCategory::error, 0, "", "one");
+    TARVO_LOG(log, LogCategory::error, 0, "", "two");
+    EXPECT_EQ(services.debuggerLines, (std::vector<std::string>{"T:E:one\n", "T:E:two\n"}));
+    EXPECT_EQ(tests::readText(path),
+              "Log File (#0)\n11/16/26 00:44:58.123 T:E:one\n11/16/26 00:44:58.123 T:E:two\n");
+}
+
+TEST_F(LogTest, registryDefaultsAreTenMegabytesAndTenBackups) {
+    const std::string path = folder / "log.log";
+    services.setDword("DBGFile", 2);
+    services.setText("logpath", path);
+    services.mayCopy = [](const std::string&) { return false; };
+    Log log(services);
+    log.Register("T", FakeLogServices::configurationKey);
+    services.position = 10'000'000;
+    TARVO_LOG(log, LogCategory::error, 0, "", "at the limit");
+    EXPECT_TRUE(services.copies.empty());
+    services.position = 10'000'001;
+    TARVO_LOG(log, LogCategory::error, 0, "", "past it");
+    EXPECT_EQ(services.copies.size(), 10U);
+}
+
 TEST_F(LogTest, idsRunTo99999AndThenTheConfigurationIsReadAgain) {
     Log log(services);
     EXPECT_EQ(log.Register(tag, FakeLogServices::configurationKey), 1);
@@ -185,6 +257,7 @@ TEST_F(LogTest, pathThatDoesNotFitLeavesTheDefault) {
                                            std::string(260, 'q')}; // no terminator
     Log other(services);
     other.Register(tag, FakeLogServices::configurationKey);
+    ASSERT_FALSE(asked.empty());
     EXPECT_EQ(asked[0], std::string(260, 'q'));
 }
 

@@ -13,6 +13,8 @@ namespace tarvo::tests {
 class CRedirectedRegistry {
 public:
     CRedirectedRegistry() : m_name("Software\\tarvo-test-" + std::to_string(GetCurrentProcessId())) {
+        // What a run that ended halfway left behind, should its number come again.
+        RegDeleteTreeA(HKEY_CURRENT_USER, m_name.c_str());
         m_machine = create(m_name + "\\machine");
         m_classes = create(m_name + "\\classes");
         EXPECT_EQ(RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_machine), ERROR_SUCCESS);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tarvo::platform {
@@ -39,15 +40,33 @@ TEST(PosixFiles, doNotWaitForPipes) {
     EXPECT_EQ(openFile(pipe.c_str(), "a"), nullptr);
     std::FILE* const reader = openFile(pipe.c_str(), "r");
     ASSERT_NE(reader, nullptr);
-    std::FILE* const writer = openFile(pipe.c_str(), "a");
-    ASSERT_NE(writer, nullptr);
-    // More than a pipe holds.
-    const std::string much(300'000, 'x');
-    EXPECT_LT(std::fwrite(much.data(), 1, much.size(), writer), much.size());
-    EXPECT_EQ(errno, EAGAIN);
-    std::fclose(writer);
+    // Writing to one whose reader goes would end the process.
+    EXPECT_EQ(openFile(pipe.c_str(), "a"), nullptr);
     std::fclose(reader);
     EXPECT_FALSE(copyFile(pipe.c_str(), (folder / "copy").c_str()));
+}
+
+TEST(PosixFiles, areCopiedOverWritableFilesInProtectedFolders) {
+    const CTemporaryFolder folder;
+    writeFile(folder / "a", "new");
+    writeFile(folder / "b", "the old content");
+    ASSERT_EQ(chmod((folder / "b").c_str(), 0666), 0);
+    ASSERT_EQ(chmod(folder.path().c_str(), 0555), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        // The administrator may write anywhere.
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+            _exit(3);
+        const bool isNewNameRefused = !copyFile((folder / "a").c_str(), (folder / "c").c_str());
+        _exit(copyFile((folder / "a").c_str(), (folder / "b").c_str()) && isNewNameRefused ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(tests::readFile(folder / "b"), "new");
+    EXPECT_EQ(chmod(folder.path().c_str(), 0755), 0);
+    EXPECT_EQ(folder.count(), 2);
 }
 
 TEST(PosixFiles, areNotCopiedOverDevices) {
