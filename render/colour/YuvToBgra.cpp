@@ -1,0 +1,190 @@
+#include "render/colour/YuvToBgra.h"
+
+#include "render/colour/KernelChain.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarvo::render {
+namespace {
+
+// Everywhere here channels are counted in levels, 0 … 255, so that luma is a whole number.
+
+std::uint8_t saturated(long level) {
+    return static_cast<std::uint8_t>(std::clamp(level, 0L, 255L));
+}
+
+PixelArea clipped(const PixelArea& area, int width, int height) {
+    return {std::max(area.left, 0), std::max(area.top, 0), std::min(area.right, width),
+            std::min(area.bottom, height)};
+}
+
+/// The two chroma samples around a pixel's centre, along one direction, and the share of the second.
+struct Neighbours {
+    int first;
+    int second;
+    float share;
+};
+
+/// The centre of pixel x of `size` lies at (x + 0.5) / size · chromaSize − 0.5 in the row of chroma samples.
+/// Kept as a fraction, the shares of an even size are the quarters that they should be, and exactly so.
+Neighbours chromaNeighbours(int x, int size, int chromaSize) {
+    const std::int64_t denominator = 2 * static_cast<std::int64_t>(size);
+    const std::int64_t numerator = (2 * static_cast<std::int64_t>(x) + 1) * chromaSize - size;
+    if (numerator < 0)
+        return {0, 0, 0.0F};
+    const int first = static_cast<int>(numerator / denominator);
+    const auto remainder = static_cast<float>(numerator % denominator);
+    return {first, std::min(first + 1, chromaSize - 1), remainder / static_cast<float>(denominator)};
+}
+
+float mix(float a, float b, float share) {
+    return a + (b - a) * share;
+}
+
+/// A chroma plane between two of its rows.
+struct ChromaRow {
+    const std::uint8_t* upper;
+    const std::uint8_t* lower;
+    float share;
+
+    /// The linear sample less one half of full scale.
+    float sample(const Neighbours& x) const {
+        return mix(mix(upper[x.first], upper[x.second], x.share),
+                   mix(lower[x.first], lower[x.second], x.share), share) -
+               127.5F;
+    }
+};
+
+ChromaRow chromaRow(const Yv12Source& source, std::size_t plane, const Neighbours& y) {
+    const auto row = [&](int index) { return source.planes[plane] + index * source.steps[plane]; };
+    return {row(y.first), row(y.second), y.share};
+}
+
+void convertPixel(int luma, float a, float b, std::uint8_t* target) {
+    // Luma is whole, so rounding the sum is rounding what chroma adds.
+    target[0] = saturated(luma + std::lrint(1.732446F * b));
+    target[1] = saturated(luma - std::lrint(0.698001F * a + 0.337633F * b));
+    target[2] = saturated(luma + std::lrint(1.370705F * a));
+    target[3] = 255;
+}
+
+/// One row of a YV12 picture.
+class CYv12Row {
+public:
+    CYv12Row(const Yv12Source& source, std::uint8_t* target, int y)
+        : m_width(source.width), m_height(source.height), m_luma(source.planes[0] + y * source.steps[0]),
+          m_target(target), m_y(chromaNeighbours(y, source.height, source.height / 2)),
+          m_cr(chromaRow(source, 1, m_y)), m_cb(chromaRow(source, 2, m_y)) {}
+
+    void convert(int left, int right, const ColourKernels& kernels) const {
+        int x = left;
+        const int first = std::max(2, left + left % 2);
+        const int end = std::min(m_width - 2, right / 2 * 2);
+        // Vectors serve where all weights are quarters and no neighbour is missing.
+        if (m_width % 2 == 0 && m_height % 2 == 0 && first < end) {
+            convertPlainly(left, first);
+            x = first + firstThatServes(kernels, &ColourKernels::yv12ToBgra, stretch(first, end));
+        }
+        convertPlainly(x, right);
+    }
+
+private:
+    void convertPlainly(int left, int right) const {
+        for (int x = left; x < right; ++x) {
+            const Neighbours neighbours = chromaNeighbours(x, m_width, m_width / 2);
+            convertPixel(m_luma[x], m_cr.sample(neighbours), m_cb.sample(neighbours), pixel(x));
+        }
+    }
+
+    Yv12Stretch stretch(int first, int end) const {
+        // The share is a quarter or three quarters, or nothing in the first row, where both are the same.
+        const bool upperIsNear = m_y.share < 0.5F;
+        const int x = first / 2;
+        return {m_luma + first,
+                (upperIsNear ? m_cr.upper : m_cr.lower) + x,
+                (upperIsNear ? m_cr.lower : m_cr.upper) + x,
+                (upperIsNear ? m_cb.upper : m_cb.lower) + x,
+                (upperIsNear ? m_cb.lower : m_cb.upper) + x,
+                pixel(first),
+                end - first};
+    }
+
+    std::uint8_t* pixel(int x) const { return m_target + static_cast<std::ptrdiff_t>(x) * 4; }
+
+    int m_width;
+    int m_height;
+    const std::uint8_t* m_luma;
+    std::uint8_t* m_target;
+    Neighbours m_y;
+    ChromaRow m_cr;
+    ChromaRow m_cb;
+};
+
+std::uint8_t storedOf256(float value) {
+    return saturated(std::lrint(value / 256.0F * 255.0F));
+}
+
+void convertYuy2Pixel(int luma, int cb, int cr, std::uint8_t* target) {
+    const auto y = static_cast<float>(luma);
+    const auto u = static_cast<float>(cb - 128);
+    const auto v = static_cast<float>(cr - 128);
+    target[0] = storedOf256(y + 1.772F * u);
+    target[1] = storedOf256(y - 0.344F * u - 0.714F * v);
+    target[2] = storedOf256(y + 1.402F * v);
+    target[3] = storedOf256(1.0F);
+}
+
+/// Pixels from number `first` up to `end` of the buffer, the first of which goes to the target's first pixel.
+void convertYuy2Plainly(const Yuy2Source& source, std::int64_t first, std::int64_t end,
+                        std::uint8_t* target) {
+    const auto words = static_cast<std::int64_t>(source.length / 4);
+    for (std::int64_t pixel = first; pixel < end; ++pixel, target += 4) {
+        if (pixel / 2 >= words) {
+            convertYuy2Pixel(0, 0, 0, target);
+            continue;
+        }
+        const std::uint8_t* const word = source.bytes + pixel / 2 * 4;
+        convertYuy2Pixel(word[pixel % 2 * 2], word[1], word[3], target);
+    }
+}
+
+void convertYuy2Row(const Yuy2Source& source, std::int64_t first, std::int64_t end, std::uint8_t* target,
+                    const ColourKernels& kernels) {
+    const auto stored = static_cast<std::int64_t>(source.length / 4 * 2);
+    std::int64_t done = first;
+    const std::int64_t even = first + first % 2;
+    if (const std::int64_t inside = std::min(end, stored); even < inside) {
+        convertYuy2Plainly(source, first, even, target);
+        done = even + firstThatServes(kernels, &ColourKernels::yuy2ToBgra, source.bytes + even * 2,
+                                      target + (even - first) * 4, static_cast<int>(inside - even));
+    }
+    convertYuy2Plainly(source, done, end, target + (done - first) * 4);
+}
+
+} // namespace
+
+void convertYv12ToBgra(const Yv12Source& source, const BgraTarget& target, PixelArea area,
+                       const ColourKernels& kernels) {
+    if (source.width < 2 || source.height < 2)
+        return;
+    const PixelArea inside = clipped(area, source.width, source.height);
+    for (int y = inside.top; y < inside.bottom; ++y) {
+        CYv12Row(source, target.pixels + y * target.step, y).convert(inside.left, inside.right, kernels);
+    }
+}
+
+void convertYuy2ToBgra(const Yuy2Source& source, const BgraTarget& target, PixelArea area,
+                       const ColourKernels& kernels) {
+    const PixelArea inside = clipped(area, source.width, source.height);
+    if (inside.left >= inside.right)
+        return;
+    for (int y = inside.top; y < inside.bottom; ++y) {
+        const std::int64_t row = static_cast<std::int64_t>(y) * source.width;
+        std::uint8_t* const pixels =
+            target.pixels + y * target.step + static_cast<std::ptrdiff_t>(inside.left) * 4;
+        convertYuy2Row(source, row + inside.left, row + inside.right, pixels, kernels);
+    }
+}
+
+} // namespace tarvo::render
