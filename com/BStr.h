@@ -24,8 +24,13 @@ public:
             throw std::bad_alloc();
     }
     CBStr(const CBStr& other) : CBStr() {
-        if (other.m_text != nullptr)
-            *this = CBStr(other.view());
+        if (other.m_text == nullptr)
+            return;
+        // By bytes, for their number may be odd.
+        m_text =
+            SysAllocStringByteLen(reinterpret_cast<LPCSTR>(other.m_text), SysStringByteLen(other.m_text));
+        if (m_text == nullptr)
+            throw std::bad_alloc();
     }
     CBStr(CBStr&& other) noexcept : m_text(other.detach()) {}
     ~CBStr() { reset(); }

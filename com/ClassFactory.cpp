@@ -11,10 +11,9 @@ HRESULT STDMETHODCALLTYPE CClassFactory::CreateInstance(IUnknown* outer, REFIID 
 }
 
 HRESULT STDMETHODCALLTYPE CClassFactory::LockServer(BOOL lock) {
-    if (lock != FALSE)
-        moduleCount().lock();
-    else
-        moduleCount().unlock();
+    if (lock == FALSE)
+        return moduleCount().unlockServer() ? S_OK : E_UNEXPECTED;
+    moduleCount().lockServer();
     return S_OK;
 }
 

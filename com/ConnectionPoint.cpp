@@ -24,9 +24,11 @@ struct ConnectionPolicy {
 
 } // namespace
 
-CConnectionPoint::~CConnectionPoint() {
-    // A sink may call back while it is released; it shall find nothing.
-    const std::vector<Connection> old = std::exchange(m_connections, {});
+void CConnectionPoint::disconnectAll() noexcept {
+    std::vector<Connection> released;
+    const std::lock_guard lock(m_lock);
+    released.swap(m_connections);
+    // The lock goes first, the sinks after it.
 }
 
 HRESULT STDMETHODCALLTYPE CConnectionPoint::QueryInterface(REFIID iid, void** object) {
@@ -62,6 +64,9 @@ HRESULT STDMETHODCALLTYPE CConnectionPoint::Advise(IUnknown* sink, DWORD* cookie
     const HRESULT result = sink->QueryInterface(m_eventInterface, &events);
     if (FAILED(result))
         return result == E_NOINTERFACE ? CONNECT_E_CANNOTCONNECT : result;
+    // Null ends the list of an event.
+    if (events == nullptr)
+        return CONNECT_E_CANNOTCONNECT;
     ComPtr<IUnknown> connected;
     connected.attach(static_cast<IUnknown*>(events));
     return guarded([&]() -> HRESULT {

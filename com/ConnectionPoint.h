@@ -12,14 +12,14 @@ namespace tarvo::com {
 /// The sinks of one event interface. Part of its container: it shares the container's reference count, so
 /// holding a connection point holds the container. Any thread.
 ///
-/// No lock is held while a sink is called or released, so a sink may connect and disconnect sinks, itself
-/// too, from inside an event.
+/// No lock is held while a sink is called or released - only its AddRef is called under one - so a sink may
+/// connect and disconnect sinks, itself too, from inside an event.
 class CConnectionPoint final : public IConnectionPoint {
 public:
     /// The container owns this object; `eventInterface` lives as long as the program.
     CConnectionPoint(IConnectionPointContainer& container, REFIID eventInterface) noexcept
         : m_container(container), m_eventInterface(eventInterface) {}
-    ~CConnectionPoint();
+    ~CConnectionPoint() = default;
     CConnectionPoint(const CConnectionPoint&) = delete;
     CConnectionPoint& operator=(const CConnectionPoint&) = delete;
 
@@ -35,6 +35,9 @@ public:
     STDMETHODIMP Unadvise(DWORD cookie) override;
     /// Enumerates the connections as they are now.
     STDMETHODIMP EnumConnections(IEnumConnections** connections) override;
+
+    /// Lets all sinks go. One that calls back while it is released finds the others gone too.
+    void disconnectAll() noexcept;
 
     /// Whether a sink has ever been connected, gone or not.
     bool hasEverConnected() const noexcept;

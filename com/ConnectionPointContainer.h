@@ -49,6 +49,12 @@ public:
         return CONNECT_E_NOCONNECTION;
     }
 
+    /// Disconnects all sinks; called when the object's last reference is gone.
+    void endConnections() noexcept {
+        for (CConnectionPoint& point : m_points)
+            point.disconnectAll();
+    }
+
 protected:
     CConnectionPointContainer() noexcept = default;
     ~CConnectionPointContainer() = default;

@@ -50,8 +50,10 @@ public:
         void* block = CoTaskMemAlloc(sizeof(Format));
         if (block == nullptr)
             return E_OUTOFMEMORY;
+        // Copied first: the record may lie in the old block.
+        std::memcpy(block, &format, sizeof(Format));
         CoTaskMemFree(m_type.pbFormat);
-        m_type.pbFormat = static_cast<BYTE*>(std::memcpy(block, &format, sizeof(Format)));
+        m_type.pbFormat = static_cast<BYTE*>(block);
         m_type.cbFormat = sizeof(Format);
         m_type.formattype = formatType;
         return S_OK;

@@ -73,6 +73,12 @@ public:
 protected:
     ~CObjectOn() override = default;
 
+    /// Passed on to the parts that have connections to end.
+    void finalRelease() noexcept override {
+        (endConnectionsOf(static_cast<Entries&>(*this)), ...);
+        Base::finalRelease();
+    }
+
     HRESULT queryOwn(REFIID iid, void** object) noexcept override {
         IUnknown* found = nullptr;
         ((found = InterfaceEntry<Entries>::find(*this, iid)) || ...);
@@ -82,6 +88,13 @@ protected:
         found->AddRef();
         *object = found;
         return S_OK;
+    }
+
+private:
+    template<class Entry>
+    static void endConnectionsOf(Entry& entry) noexcept {
+        if constexpr (requires { entry.endConnections(); })
+            entry.endConnections();
     }
 };
 

@@ -36,6 +36,7 @@ ULONG STDMETHODCALLTYPE CObjectCore::CInner::Release() {
     const ULONG left = m_object.m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left == 0) {
         m_object.m_references.store(destructionReferences, std::memory_order_relaxed);
+        m_object.finalRelease();
         delete &m_object;
     }
     return left;

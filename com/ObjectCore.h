@@ -25,9 +25,9 @@ struct Outer {
 /// IUnknown
 ///   calls to it, so that an aggregate looks like one object from whichever interface.
 ///
-/// An object begins with one reference, its maker's. When the last is released it is destroyed, on the thread
-/// that released it, with a count that keeps references which the destruction itself takes and releases from
-/// destroying it again.
+/// An object begins with one reference, its maker's. When the last is released it is told so while it is
+/// still whole, then destroyed, both on the thread that released it and with a count that keeps references
+/// which the end itself takes and releases from destroying it again.
 class CObjectCore {
 public:
     CObjectCore(const CObjectCore&) = delete;
@@ -44,6 +44,10 @@ protected:
     /// Answers for the object's own interfaces besides IUnknown; `object` is null on entry. Override it to
     /// answer for an interface that no base class stands for, and pass the rest on.
     virtual HRESULT queryOwn(REFIID iid, void** object) noexcept;
+
+    /// The last reference is gone, all parts are still there: the time to let go of whoever may call back.
+    /// Override it, and call the base's in the end.
+    virtual void finalRelease() noexcept {}
 
 private:
     class CInner final : public IUnknown {

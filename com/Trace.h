@@ -30,11 +30,16 @@
 
 namespace tarvo::com {
 
-/// Reports a failed result with its line; returns the result.
+/// Reports a failed result with its line; returns the result. What the report throws ends here.
 template<class Trace>
-HRESULT traced(const Trace& trace, HRESULT result, int line) {
-    if (FAILED(result))
-        trace(result, line);
+HRESULT traced(const Trace& trace, HRESULT result, int line) noexcept {
+    if (FAILED(result)) {
+        try {
+            trace(result, line);
+        } catch (
+            ...) { // NOLINT(bugprone-empty-catch): a report that fails must not hide the failure it is about
+        }
+    }
     return result;
 }
 

@@ -136,7 +136,11 @@ HRESULT WINAPI VariantClear(VARIANT* variant) {
         } else if (variant->vt == VT_BSTR) {
             SysFreeString(variant->bstrVal);
         } else if ((variant->vt == VT_UNKNOWN || variant->vt == VT_DISPATCH) && variant->punkVal != nullptr) {
-            variant->punkVal->Release();
+            // Emptied first: what the release calls may clear the same variant.
+            IUnknown* const released = variant->punkVal;
+            variant->vt = VT_EMPTY;
+            released->Release();
+            return S_OK;
         }
     }
     variant->vt = VT_EMPTY;
@@ -169,6 +173,8 @@ HRESULT WINAPI VariantCopyInd(VARIANT* target, const VARIANTARG* source) {
         referred = source->pvarVal;
         // A reference to a reference to a variant is one too many.
         if (!isValid(referred->vt) || referred->vt == (VT_BYREF | VT_VARIANT))
+            return E_INVALIDARG;
+        if ((referred->vt & VT_BYREF) != 0 && referred->byref == nullptr)
             return E_INVALIDARG;
     }
     VARIANT value = (referred->vt & VT_BYREF) != 0 ? referredValue(*referred) : *referred;

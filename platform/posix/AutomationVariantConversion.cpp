@@ -186,6 +186,27 @@ HRESULT writeNumber(const Number& number, VARIANT& target, VARTYPE type) {
     }
 }
 
+/// Truth has all bits set in every whole type, the unsigned ones too.
+HRESULT writeTruth(VARIANT_BOOL truth, VARIANT& target, VARTYPE type) {
+    switch (type) {
+    case VT_UI1:
+        target.bVal = static_cast<BYTE>(truth);
+        return S_OK;
+    case VT_UI2:
+        target.uiVal = static_cast<USHORT>(truth);
+        return S_OK;
+    case VT_UI4:
+    case VT_UINT:
+        target.ulVal = static_cast<ULONG>(truth);
+        return S_OK;
+    case VT_UI8:
+        target.ullVal = static_cast<ULONGLONG>(truth);
+        return S_OK;
+    default:
+        return writeNumber(static_cast<std::int64_t>(truth), target, type);
+    }
+}
+
 HRESULT writeText(const VARIANT& source, const Number& number, USHORT flags, VARIANT& target) {
     std::string text;
     if (source.vt == VT_EMPTY) {
@@ -233,9 +254,12 @@ HRESULT convert(const VARIANT& source, USHORT flags, VARTYPE type, VARIANT& targ
     if (type != VT_BOOL || !readTruthText(source, target)) {
         Number number;
         result = readNumber(source, number);
-        if (SUCCEEDED(result))
-            result = type == VT_BSTR ? writeText(source, number, flags, target)
-                                     : writeNumber(number, target, type);
+        if (SUCCEEDED(result) && type == VT_BSTR)
+            result = writeText(source, number, flags, target);
+        else if (SUCCEEDED(result) && source.vt == VT_BOOL)
+            result = writeTruth(source.boolVal, target, type);
+        else if (SUCCEEDED(result))
+            result = writeNumber(number, target, type);
     }
     if (SUCCEEDED(result))
         target.vt = type;

@@ -1,5 +1,6 @@
 #include "com/ClassFactory.h"
 
+#include "com/ModuleCount.h"
 #include "tests/com/FailingNew.h"
 #include "tests/com/TestObjects.h"
 
@@ -104,6 +105,20 @@ TEST(ClassFactory, countsForTheModule) {
     EXPECT_EQ(factory->LockServer(FALSE), S_OK);
     factory.reset();
     EXPECT_EQ(moduleCount().canUnload(), S_OK);
+}
+
+TEST(ModuleCount, unlockWithoutLockIsRefusedAndUnloadsNothing) {
+    CModuleCount count;
+    count.addObject();
+    EXPECT_FALSE(count.unlockServer());
+    EXPECT_EQ(count.canUnload(), S_FALSE);
+    count.lockServer();
+    count.removeObject();
+    EXPECT_EQ(count.canUnload(), S_FALSE);
+    EXPECT_TRUE(count.unlockServer());
+    EXPECT_EQ(count.canUnload(), S_OK);
+    EXPECT_FALSE(count.unlockServer());
+    EXPECT_EQ(count.canUnload(), S_OK);
 }
 
 } // namespace

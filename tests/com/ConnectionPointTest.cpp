@@ -161,6 +161,42 @@ TEST_F(ConnectionPoint, holdsNoLockWhileASinkEnds) {
     EXPECT_EQ(found, CONNECT_E_NOCONNECTION);
 }
 
+TEST_F(ConnectionPoint, isWholeWhileTheSinksOfAnEndingSourceEnd) {
+    CConnectionPoint& events = m_source->dispatchEvents();
+    int calls = 0;
+    std::shared_ptr<void> end(nullptr, [&](void*) {
+        const ComPtr<IConnectionPoint> point(&events);
+        EXPECT_EQ(answerFor<IConnectionPoint>(point.get()), point.get());
+        ComPtr<IConnectionPointContainer> container;
+        EXPECT_EQ(point->GetConnectionPointContainer(container.put()), S_OK);
+        EXPECT_NE(container.as<IUnknown>().get(), nullptr);
+        EXPECT_EQ(point->Unadvise(1), CONNECT_E_NOCONNECTION);
+        ++calls;
+    });
+    connect(*m_source, makeSink([held = end](DISPID, const DISPPARAMS&) { return S_OK; }));
+    end.reset(); // the sink's handler holds it now
+    EXPECT_EQ(calls, 0);
+    m_source.reset();
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(ConnectionPoint, refusesASinkThatAnswersWithNothing) {
+    // Answers that it has the interface and gives none.
+    class CHollow final : public IUnknown {
+    public:
+        STDMETHODIMP QueryInterface(REFIID, void** object) override {
+            *object = nullptr;
+            return S_OK;
+        }
+        STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+        STDMETHODIMP_(ULONG) Release() override { return 1; }
+    };
+    CHollow hollow;
+    DWORD cookie = 7;
+    EXPECT_EQ(m_source->dispatchEvents().Advise(&hollow, &cookie), CONNECT_E_CANNOTCONNECT);
+    EXPECT_EQ(cookie, 0U);
+}
+
 TEST_F(ConnectionPoint, enumeratesItsConnectionsAsTheyAre) {
     const ComPtr<CSink> one = silentSink();
     const ComPtr<CSink> two = silentSink();

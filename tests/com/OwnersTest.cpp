@@ -152,6 +152,11 @@ TEST(MediaTypeOwner, ownsFormatAndReference) {
     EXPECT_EQ(type.format<double>(formatType), nullptr);
     ASSERT_EQ(type.setFormat(formatType, 1.5), S_OK);
     ASSERT_EQ(type.setFormat(formatType, 2.5), S_OK);
+    // Its own record may be what is set.
+    ASSERT_NE(type.format<double>(formatType), nullptr);
+    ASSERT_EQ(type.setFormat(formatType, *type.format<double>(formatType)), S_OK);
+    ASSERT_NE(type.format<double>(formatType), nullptr);
+    EXPECT_EQ(*type.format<double>(formatType), 2.5);
     type.fields().lSampleSize = 12;
     unknown->AddRef();
     type.fields().pUnk = unknown;

@@ -113,6 +113,14 @@ TEST_F(VariantConversion, turnsNumbersIntoTruthAndBack) {
     EXPECT_EQ(m_target.lVal, -1);
     ASSERT_EQ(convert(VT_R8), S_OK);
     EXPECT_EQ(m_target.dblVal, -1);
+    ASSERT_EQ(convert(VT_UI1), S_OK);
+    EXPECT_EQ(m_target.bVal, 255);
+    ASSERT_EQ(convert(VT_UI2), S_OK);
+    EXPECT_EQ(m_target.uiVal, 65535);
+    ASSERT_EQ(convert(VT_UI4), S_OK);
+    EXPECT_EQ(m_target.ulVal, 0xFFFFFFFFU);
+    ASSERT_EQ(convert(VT_UI8), S_OK);
+    EXPECT_EQ(m_target.ullVal, 0xFFFFFFFFFFFFFFFFU);
     ASSERT_EQ(convert(VT_BSTR), S_OK);
     EXPECT_EQ(Text(m_target.bstrVal), OLESTR("-1"));
     ASSERT_EQ(convert(VT_BSTR, VARIANT_ALPHABOOL), S_OK);
