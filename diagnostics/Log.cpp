@@ -85,7 +85,7 @@ public:
         m_line[m_used] = '\0';
     }
 
-    void appendFormatted(const char* format, std::va_list arguments) {
+    [[gnu::format(printf, 2, 0)]] void appendFormatted(const char* format, std::va_list arguments) {
         const int wanted = std::vsnprintf(m_line + m_used, m_length - m_used + 1, format, arguments);
         if (wanted > 0) {
             m_used += std::min(static_cast<std::size_t>(wanted), m_length - m_used);
