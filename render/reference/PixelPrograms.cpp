@@ -1,13 +1,14 @@
 #include "render/reference/PixelPrograms.h"
 
 #include "geometry/Projection.h"
+#include "render/reference/Sampler.h"
 
 namespace tarvo::render::reference {
 namespace {
 
-using geometry::DewarpConstants;
 using geometry::InputPosition;
-using geometry::PanoramaMode;
+
+constexpr Colour opaqueBlackColour{0.0F, 0.0F, 0.0F, 1.0F};
 
 Colour sampleAt(const DewarpConstants& constants, const Picture& source, InputPosition<float> position) {
     return sampleBilinear(source, position.x / constants.size[0], position.y / constants.size[1]);
@@ -20,34 +21,33 @@ Colour sampleOr(Colour outside, const DewarpConstants& constants, const Picture&
 
 } // namespace
 
-Colour defaultProgram(const Picture& source, float u, float v) {
+Colour plainCopyProgram(const Picture& source, float u, float v) {
     return sampleBilinear(source, u, v);
 }
 
-Colour dewarpProgram(PanoramaMode mode, const DewarpConstants& constants, const Picture& source, float u,
-                     float v) {
-    constexpr Colour opaqueBlackColour{0.0F, 0.0F, 0.0F, 1.0F};
-    switch (mode) {
-    case PanoramaMode::ceiling:
-        return sampleOr(opaqueBlackColour, constants, source,
-                        geometry::projectPanoramaCeiling(constants, u, v));
-    case PanoramaMode::desk:
-        return sampleOr(opaqueBlackColour, constants, source, geometry::projectPanoramaDesk(constants, u, v));
-    case PanoramaMode::wall:
-        // Deliberately without a test: beyond the frame its edge pixels go on.
-        return sampleAt(constants, source, geometry::projectPanoramaWall(constants, u, v));
-    case PanoramaMode::singleView:
-        break;
-    }
+Colour singleViewProgram(const DewarpConstants& constants, const Picture& source, float u, float v) {
     const float* clear = constants.clearColor;
     return sampleOr({clear[0], clear[1], clear[2], clear[3]}, constants, source,
                     geometry::projectSingleView(constants, u, v));
 }
 
-Colour excludeRegionProgram(const geometry::ExcludeArea& area, const Picture& source, float u, float v) {
-    const bool isExcluded = u >= static_cast<float>(area.left) && u <= static_cast<float>(area.right) &&
-                            v >= static_cast<float>(area.top) && v <= static_cast<float>(area.bottom);
-    return isExcluded ? Colour{0.0F, 0.0F, 0.0F, 1.0F} : sampleBilinear(source, u, v);
+Colour panoramaWallProgram(const DewarpConstants& constants, const Picture& source, float u, float v) {
+    // Deliberately without a test: beyond the frame its edge pixels go on.
+    return sampleAt(constants, source, geometry::projectPanoramaWall(constants, u, v));
+}
+
+Colour panoramaCeilingProgram(const DewarpConstants& constants, const Picture& source, float u, float v) {
+    return sampleOr(opaqueBlackColour, constants, source, geometry::projectPanoramaCeiling(constants, u, v));
+}
+
+Colour panoramaDeskProgram(const DewarpConstants& constants, const Picture& source, float u, float v) {
+    return sampleOr(opaqueBlackColour, constants, source, geometry::projectPanoramaDesk(constants, u, v));
+}
+
+Colour excludeRegionProgram(const ExcludeConstants& constants, const Picture& source, float u, float v) {
+    const auto [left, top, right, bottom] = constants.excludeRect;
+    const bool isExcluded = u >= left && u <= right && v >= top && v <= bottom;
+    return isExcluded ? opaqueBlackColour : sampleBilinear(source, u, v);
 }
 
 Colour overviewRegionProgram(float vertexColour) {

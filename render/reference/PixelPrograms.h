@@ -1,24 +1,27 @@
 #pragma once
 
-#include "geometry/DewarpConstants.h"
-#include "geometry/Enumerations.h"
-#include "geometry/ExcludeArea.h"
+#include "render/ConstantRecords.h"
 #include "render/Picture.h"
-#include "render/reference/Sampler.h"
+#include "render/reference/Colour.h"
 
 namespace tarvo::render::reference {
 
-/// The pixel programs, each for one pixel with the texture coordinate (u, v).
+// The pixel programs, each a function for one pixel with the texture coordinate (u, v). Those of the custom
+// view are in CustomPrograms.h, those that convert the input in ConversionPrograms.h.
 
-/// Plain copy.
-Colour defaultProgram(const Picture& source, float u, float v);
+/// The source as it is.
+Colour plainCopyProgram(const Picture& source, float u, float v);
 
-/// A projection of the fisheye picture: the single view or the panorama of a mounting.
-Colour dewarpProgram(geometry::PanoramaMode mode, const geometry::DewarpConstants& constants,
-                     const Picture& source, float u, float v);
+/// The projections of the fisheye picture: the rectilinear view, and the panorama of each mounting. Outside
+/// the input the single view shows its clear colour, ceiling and desk show black, and on a wall the edge
+/// pixels go on.
+Colour singleViewProgram(const DewarpConstants& constants, const Picture& source, float u, float v);
+Colour panoramaWallProgram(const DewarpConstants& constants, const Picture& source, float u, float v);
+Colour panoramaCeilingProgram(const DewarpConstants& constants, const Picture& source, float u, float v);
+Colour panoramaDeskProgram(const DewarpConstants& constants, const Picture& source, float u, float v);
 
-/// The input with the exclude area painted black, its edges included.
-Colour excludeRegionProgram(const geometry::ExcludeArea& area, const Picture& source, float u, float v);
+/// The source with the exclude area painted black, its edges included.
+Colour excludeRegionProgram(const ExcludeConstants& constants, const Picture& source, float u, float v);
 
 /// Red with the vertex colour as alpha.
 Colour overviewRegionProgram(float vertexColour);

@@ -22,6 +22,22 @@ CDewarpParameters parametersOf(TiltOrientation orientation, geometry::LensProfil
     return parameters;
 }
 
+/// The projection of a mode.
+Colour dewarpProgram(PanoramaMode mode, const DewarpConstants& constants, const Picture& source, float u,
+                     float v) {
+    switch (mode) {
+    case PanoramaMode::wall:
+        return panoramaWallProgram(constants, source, u, v);
+    case PanoramaMode::ceiling:
+        return panoramaCeilingProgram(constants, source, u, v);
+    case PanoramaMode::desk:
+        return panoramaDeskProgram(constants, source, u, v);
+    case PanoramaMode::singleView:
+        break;
+    }
+    return singleViewProgram(constants, source, u, v);
+}
+
 void expectColour(const Colour& colour, float level) {
     EXPECT_NEAR(colour.red, level, 1e-6F);
     EXPECT_NEAR(colour.green, level, 1e-6F);
@@ -72,7 +88,7 @@ TEST(PixelPrograms, wallPanoramaNeverShowsTheClearColour) {
 
 TEST(PixelPrograms, excludeAreaIncludesItsEdges) {
     const Picture input(8, 8, white);
-    const geometry::ExcludeArea area{0.25, 0.5, 0.75, 1.0};
+    const ExcludeConstants area{{0.25F, 0.5F, 0.75F, 1.0F}};
     expectColour(excludeRegionProgram(area, input, 0.25F, 0.5F), 0.0F);
     expectColour(excludeRegionProgram(area, input, 0.75F, 1.0F), 0.0F);
     expectColour(excludeRegionProgram(area, input, 0.5F, 0.7F), 0.0F);
