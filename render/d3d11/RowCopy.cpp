@@ -1,0 +1,27 @@
+#include "render/d3d11/RowCopy.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace tarvo::render::d3d11 {
+
+void copyRows(const SourceRows& from, const MappedSurface& to) {
+    const std::size_t copied = from.data == nullptr ? 0 : std::min(from.rowBytes, to.rowBytes);
+    const int coveredRows = copied == 0 ? 0 : std::clamp(from.rowCount, 0, to.rowCount);
+    const auto pitch = static_cast<std::ptrdiff_t>(to.pitchBytes);
+    int row = 0;
+    // Rows that reach from one to the next on both sides: what lies between them is the source's to read.
+    if (coveredRows > 0 && from.stepBytes == pitch && from.rowBytes >= to.pitchBytes) {
+        std::memcpy(to.data, from.data, (coveredRows - 1) * to.pitchBytes + copied);
+        row = coveredRows;
+    }
+    for (; row < coveredRows; ++row) {
+        std::byte* const target = to.data + row * pitch;
+        std::memcpy(target, from.data + row * from.stepBytes, copied);
+        std::memset(target + copied, 0, to.rowBytes - copied);
+    }
+    for (; row < to.rowCount; ++row)
+        std::memset(to.data + row * pitch, 0, to.rowBytes);
+}
+
+} // namespace tarvo::render::d3d11
