@@ -89,6 +89,8 @@ public:
     /// Deletes a subkey that has no subkeys of its own; accessDenied when it has some, invalidParameter for
     /// an empty path.
     virtual RegistryError deleteKey(RegistryKey parent, std::string_view path) = 0;
+    /// Deletes a subkey with everything below it; invalidParameter for an empty path.
+    virtual RegistryError deleteTree(RegistryKey parent, std::string_view path) = 0;
     /// Names of the subkeys, UTF-8, in alphabetical order.
     virtual RegistryError subkeys(RegistryKey key, std::vector<std::string>& names) = 0;
 };

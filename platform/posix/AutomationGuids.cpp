@@ -4,8 +4,6 @@
 #include "platform/InterfaceTypes.h"
 
 #include <control.h>
-#include <strmif.h>
-#include <uuids.h>
 
 // Its header declares it without the macro that the others are defined by.
 // NOLINTNEXTLINE(readability-identifier-naming)

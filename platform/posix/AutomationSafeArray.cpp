@@ -143,15 +143,25 @@ SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG cou
     return SafeArrayCreate(type, 1, &bound);
 }
 
+HRESULT WINAPI SafeArrayDestroyData(SAFEARRAY* array) {
+    if (array == nullptr)
+        return E_INVALIDARG;
+    if (array->cLocks != 0)
+        return DISP_E_ARRAYISLOCKED;
+    if (array->pvData != nullptr)
+        clearElements(*array, countElements(*array));
+    std::free(array->pvData);
+    array->pvData = nullptr;
+    return S_OK;
+}
+
 HRESULT WINAPI SafeArrayDestroy(SAFEARRAY* array) {
     if (array == nullptr)
         return S_OK;
-    if (array->cLocks != 0)
-        return DISP_E_ARRAYISLOCKED;
-    clearElements(*array, countElements(*array));
-    std::free(array->pvData);
-    std::free(blockOf(array));
-    return S_OK;
+    const HRESULT result = SafeArrayDestroyData(array);
+    if (SUCCEEDED(result))
+        std::free(blockOf(array));
+    return result;
 }
 
 HRESULT WINAPI SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** target) {

@@ -164,6 +164,14 @@ RegistryError CStoredRegistry::deleteValue(RegistryKey key, std::string_view nam
 }
 
 RegistryError CStoredRegistry::deleteKey(RegistryKey parent, std::string_view path) {
+    return removeKey(parent, path, Below::mustBeEmpty);
+}
+
+RegistryError CStoredRegistry::deleteTree(RegistryKey parent, std::string_view path) {
+    return removeKey(parent, path, Below::goesToo);
+}
+
+RegistryError CStoredRegistry::removeKey(RegistryKey parent, std::string_view path, Below below) {
     if (path.empty())
         return registryError::invalidParameter;
     return guarded(m_mutex, [&]() -> RegistryError {
@@ -178,7 +186,7 @@ RegistryError CStoredRegistry::deleteKey(RegistryKey parent, std::string_view pa
             const CRegistryTree::Key* const found = tree.find(*full);
             if (found == nullptr)
                 return registryError::fileNotFound;
-            if (!found->subkeys.empty())
+            if (below == Below::mustBeEmpty && !found->subkeys.empty())
                 return registryError::accessDenied;
             document.removeKey(*full);
             return registryError::success;

@@ -41,6 +41,7 @@ public:
                             std::size_t size) override;
     RegistryError deleteValue(RegistryKey key, std::string_view name) override;
     RegistryError deleteKey(RegistryKey parent, std::string_view path) override;
+    RegistryError deleteTree(RegistryKey parent, std::string_view path) override;
     RegistryError subkeys(RegistryKey key, std::vector<std::string>& names) override;
 
 private:
@@ -56,6 +57,8 @@ private:
     RegistryKey add(OpenKey key);
     static RegistryError check(const OpenKey& key, const CRegistryTree& tree);
     RegistryError setValue(RegistryKey key, std::string_view name, const RegistryValue& value);
+    enum class Below { mustBeEmpty, goesToo };
+    RegistryError removeKey(RegistryKey parent, std::string_view path, Below below);
 
     std::mutex m_mutex;
     IRegistryStore& m_store;

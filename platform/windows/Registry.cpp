@@ -129,6 +129,13 @@ public:
         return guarded([&] { return RegDeleteKeyW(handleOf(parent), CWideText(path).get()); });
     }
 
+    RegistryError deleteTree(RegistryKey parent, std::string_view path) override {
+        // Without a path the system would empty the parent.
+        if (path.empty() || holdsTerminator(path))
+            return registryError::invalidParameter;
+        return guarded([&] { return RegDeleteTreeW(handleOf(parent), CWideText(path).get()); });
+    }
+
     RegistryError subkeys(RegistryKey key, std::vector<std::string>& names) override {
         names.clear();
         return guarded([&] {

@@ -91,6 +91,9 @@ public:
     platform::RegistryError deleteKey(platform::RegistryKey, std::string_view) override {
         return platform::registryError::accessDenied;
     }
+    platform::RegistryError deleteTree(platform::RegistryKey, std::string_view) override {
+        return platform::registryError::accessDenied;
+    }
     platform::RegistryError subkeys(platform::RegistryKey, std::vector<std::string>&) override {
         return platform::registryError::accessDenied;
     }

@@ -178,12 +178,30 @@ TEST(SafeArray, isNotDestroyedWhileLocked) {
     EXPECT_EQ(SafeArrayDestroy(array), S_OK);
 }
 
+TEST(SafeArray, mayLoseItsDataAndLiveOn) {
+    SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, 3);
+    ASSERT_NE(array, nullptr);
+    LONG index = 1;
+    const BSTR text = SysAllocString(OLESTR("text"));
+    EXPECT_EQ(SafeArrayPutElement(array, &index, text), S_OK);
+    SysFreeString(text);
+    EXPECT_EQ(SafeArrayLock(array), S_OK);
+    EXPECT_EQ(SafeArrayDestroyData(array), DISP_E_ARRAYISLOCKED);
+    EXPECT_NE(array->pvData, nullptr);
+    EXPECT_EQ(SafeArrayUnlock(array), S_OK);
+    EXPECT_EQ(SafeArrayDestroyData(array), S_OK);
+    EXPECT_EQ(array->pvData, nullptr);
+    EXPECT_EQ(SafeArrayDestroyData(array), S_OK) << "twice is once";
+    EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+}
+
 TEST(SafeArray, refusesNull) {
     LONG number = 0;
     VARTYPE type = VT_EMPTY;
     SAFEARRAY* copy = nullptr;
     void* data = nullptr;
     EXPECT_EQ(SafeArrayDestroy(nullptr), S_OK);
+    EXPECT_EQ(SafeArrayDestroyData(nullptr), E_INVALIDARG);
     EXPECT_EQ(SafeArrayLock(nullptr), E_INVALIDARG);
     EXPECT_EQ(SafeArrayUnlock(nullptr), E_INVALIDARG);
     EXPECT_EQ(SafeArrayAccessData(nullptr, &data), E_INVALIDARG);

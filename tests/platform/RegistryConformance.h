@@ -108,6 +108,7 @@ TYPED_TEST_P(RegistryConformance, refusesKeysThatAreNone) {
         EXPECT_EQ(this->registry().setBinary(bad, "b", "x", 1), registryError::invalidHandle);
         EXPECT_EQ(this->registry().deleteValue(bad, "b"), registryError::invalidHandle);
         EXPECT_EQ(this->registry().deleteKey(bad, "b"), registryError::invalidHandle);
+        EXPECT_EQ(this->registry().deleteTree(bad, "b"), registryError::invalidHandle);
         std::vector<std::string> names;
         EXPECT_EQ(this->registry().subkeys(bad, names), registryError::invalidHandle);
         RegistryKey made = 1;
@@ -230,6 +231,37 @@ TYPED_TEST_P(RegistryConformance, deletesKeysFromBelow) {
     EXPECT_EQ(this->registry().deleteKey(localMachine, ""), registryError::invalidParameter);
 }
 
+TYPED_TEST_P(RegistryConformance, deletesTrees) {
+    const RegistryKey below = this->create("a\\b\\c");
+    EXPECT_EQ(this->registry().setDword(below, "v", 1), registryError::success);
+    this->registry().closeKey(below);
+    for (const char* path : {"a\\b\\d", "a\\bc", "B"})
+        this->registry().closeKey(this->create(path));
+    EXPECT_EQ(this->registry().deleteTree(localMachine, "A\\B"), registryError::success);
+    EXPECT_EQ(this->openError(localMachine, "a\\b"), registryError::fileNotFound);
+    EXPECT_EQ(this->openError(localMachine, "a\\b\\c"), registryError::fileNotFound);
+    EXPECT_EQ(this->registry().deleteTree(localMachine, "a\\b"), registryError::fileNotFound);
+    for (const char* path : {"a\\bc", "b"})
+        this->registry().closeKey(this->open(path));
+
+    // What comes again begins empty.
+    const RegistryKey again = this->create("a\\b\\c");
+    EXPECT_EQ(this->queryError(again, "v"), registryError::fileNotFound);
+    this->registry().closeKey(again);
+    EXPECT_EQ(this->registry().deleteTree(localMachine, "a\\b\\c"), registryError::success);
+    this->registry().closeKey(this->open("a\\b"));
+}
+
+TYPED_TEST_P(RegistryConformance, deletesNoTreeWithoutItsName) {
+    using namespace std::string_literals;
+    const RegistryKey key = this->create("a");
+    this->registry().closeKey(this->create("b", key));
+    EXPECT_EQ(this->registry().deleteTree(key, ""), registryError::invalidParameter);
+    EXPECT_NE(this->registry().deleteTree(key, "b\0c"s), registryError::success);
+    this->registry().closeKey(this->open("a\\b"));
+    this->registry().closeKey(key);
+}
+
 TYPED_TEST_P(RegistryConformance, knowsThatAnOpenKeyWasDeleted) {
     const RegistryKey key = this->create("a");
     EXPECT_EQ(this->registry().deleteKey(localMachine, "a"), registryError::success);
@@ -284,7 +316,8 @@ REGISTER_TYPED_TEST_SUITE_P(RegistryConformance, makesAndOpensKeys, opensTheSame
                             doesNotFindAbsentKeys, refusesKeysThatAreNone, readsWhatWasWritten,
                             replacesAValueWithItsType, tellsTheSizeItNeeds, writesNothingBehindTheRoom,
                             doesNotFindAbsentValues, writesOnlyThroughKeysOpenedForWriting,
-                            refusesWhatCannotBeWritten, deletesValues, deletesKeysFromBelow,
-                            knowsThatAnOpenKeyWasDeleted, listsSubkeysInOrder, servesManyThreads);
+                            refusesWhatCannotBeWritten, deletesValues, deletesKeysFromBelow, deletesTrees,
+                            deletesNoTreeWithoutItsName, knowsThatAnOpenKeyWasDeleted, listsSubkeysInOrder,
+                            servesManyThreads);
 
 } // namespace tarvo::platform
