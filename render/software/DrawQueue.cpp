@@ -1,0 +1,249 @@
+#include "render/software/DrawQueue.h"
+
+#include "render/software/kernels/Blending.h"
+#include "render/software/kernels/CustomTransform.h"
+#include "render/software/kernels/YuvConversion.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace tarvo::render::software {
+namespace {
+
+constexpr int rowsPerBand = 16;
+
+std::uint8_t* pixelOf(const TargetView& target, int x, int y) {
+    return target.pixels + y * target.pitch + static_cast<std::ptrdiff_t>(x) * 4;
+}
+
+std::uint32_t bytesOf(Bgra pixel) {
+    std::uint32_t bytes = 0;
+    std::memcpy(&bytes, &pixel, sizeof(bytes));
+    return bytes;
+}
+
+bool isCustom(ShaderProgram program) {
+    return program == ShaderProgram::customTransform || program == ShaderProgram::customVirtualPtz;
+}
+
+template<typename Record>
+const Record& recordOf(const QueuedDraw& draw) {
+    return *static_cast<const Record*>(static_cast<const void*>(draw.record.bytes.data()));
+}
+
+const std::uint8_t* windowPixels(const QueuedDraw& draw) {
+    const std::uint8_t* const pixels = draw.picture ? draw.picture->view().pixels : draw.pixels;
+    return pixels + draw.window.top * draw.window.pitch + static_cast<std::ptrdiff_t>(draw.window.left) * 4;
+}
+
+/// One piece of a row of one pass.
+class CPiece {
+public:
+    CPiece(const QueuedDraw& draw, const Span& span, int x, int y, int count)
+        : m_draw(draw), m_span(span), m_x(x), m_y(y), m_count(count) {}
+
+    void drawTo(std::uint8_t* target, const RowKernels& kernels) const noexcept {
+        if (!m_draw.isBlended) {
+            compute(target, kernels);
+        } else if (m_draw.program == ShaderProgram::overviewRegion) {
+            float alpha[pieceLength];
+            interpolate(values().colour, m_x, m_y, m_count, alpha);
+            blendOverviewRegion(alpha, m_count, target);
+        } else {
+            alignas(alignment) std::uint8_t pixels[pieceLength * 4];
+            compute(pixels, kernels);
+            blend(pixels, m_count, target);
+        }
+    }
+
+private:
+    const VertexValues& values() const { return m_draw.range->raster().values(m_span); }
+
+    void compute(std::uint8_t* target, const RowKernels& kernels) const noexcept {
+        switch (m_draw.program) {
+        case ShaderProgram::overviewRegion: {
+            float alpha[pieceLength];
+            interpolate(values().colour, m_x, m_y, m_count, alpha);
+            overviewRegion(alpha, m_count, target);
+            break;
+        }
+        case ShaderProgram::yuy2ToRgb:
+            yuy2Row({m_draw.inputWidth, m_draw.inputHeight, m_draw.planes[0]->bytes.data(),
+                     m_draw.planes[0]->rowBytes},
+                    m_x, m_y, m_count, target);
+            break;
+        case ShaderProgram::yv12ToRgb:
+        case ShaderProgram::customTransform:
+        case ShaderProgram::customVirtualPtz:
+            computeFromPlaces(target);
+            break;
+        default:
+            samplePositions(target, kernels);
+            break;
+        }
+    }
+
+    void computeFromPlaces(std::uint8_t* target) const noexcept {
+        float u[pieceLength];
+        float v[pieceLength];
+        interpolate(values().u, m_x, m_y, m_count, u);
+        interpolate(values().v, m_x, m_y, m_count, v);
+        const PlaceRow places{u, v, m_count};
+        if (m_draw.program == ShaderProgram::yv12ToRgb) {
+            const auto& planes = m_draw.planes;
+            const auto step = [&](std::size_t i) { return static_cast<std::ptrdiff_t>(planes[i]->pitch); };
+            yv12Row({m_draw.inputWidth,
+                     m_draw.inputHeight,
+                     {planes[0]->bytes.data(), planes[1]->bytes.data(), planes[2]->bytes.data()},
+                     {step(0), step(1), step(2)}},
+                    places, target);
+            return;
+        }
+        const LookupTables& lookup = *m_draw.lookup;
+        const CustomSources sources{
+            windowPixels(m_draw), m_draw.window.pitch,      m_draw.window.width,
+            m_draw.window.height, lookup.rows.bytes.data(), static_cast<std::ptrdiff_t>(lookup.rows.pitch),
+            lookup.width,         lookup.rows.rows};
+        if (m_draw.program == ShaderProgram::customTransform) {
+            customTransform(recordOf<CustomTransformConstants>(m_draw), sources, places, target);
+        } else {
+            customVirtualPtz(recordOf<VirtualPtzConstants>(m_draw), sources, places, target);
+        }
+    }
+
+    void samplePositions(std::uint8_t* target, const RowKernels& kernels) const noexcept {
+        const CDrawnRange& range = *m_draw.range;
+        const std::ptrdiff_t slot = m_span.slot + (m_x - m_span.left);
+        const std::uint8_t* const pixels = windowPixels(m_draw);
+        if (range.isStraight()) {
+            std::memcpy(target, pixels + range.offsets()[slot], static_cast<std::size_t>(m_count) * 4);
+            return;
+        }
+        kernels.sample({pixels, m_draw.window.pitch, range.offsets() + slot, range.fractions() + slot,
+                        m_count, bytesOf(m_draw.outside), target});
+    }
+
+    const QueuedDraw& m_draw;
+    const Span& m_span;
+    int m_x;
+    int m_y;
+    int m_count;
+};
+
+/// The part of a row that an opaque rectangle covers; empty for anything else.
+Span coveredBy(const QueuedDraw& draw, int y) {
+    const CRaster& raster = draw.range->raster();
+    if (draw.isBlended || !raster.isRectangle() || y < raster.top() || y >= raster.bottom())
+        return {};
+    return raster.row(y).front();
+}
+
+} // namespace
+
+void CDrawQueue::clear(Bgra colour) {
+    m_steps.clear();
+    m_steps.push_back({true, colour, {}});
+}
+
+void CDrawQueue::add(QueuedDraw draw) {
+    m_steps.push_back({false, {}, std::move(draw)});
+}
+
+void CDrawQueue::prepare(CPictureStore& store, CThreadPool& pool, const RowKernels& kernels,
+                         WorkCounters& counters) {
+    try {
+        for (const Step& step : m_steps) {
+            const QueuedDraw& draw = step.draw;
+            const bool isSampling = draw.picture || draw.pixels != nullptr;
+            if (step.isClear || !isSampling)
+                continue;
+            if (!isCustom(draw.program) && !draw.range->isEvaluated()) {
+                draw.range->evaluate(pool, kernels);
+                ++counters.rangesEvaluated;
+            }
+            if (!draw.picture)
+                continue;
+            if (isCustom(draw.program)) {
+                // Where the tables point to is known only pixel by pixel.
+                store.wantAll(*draw.picture);
+            } else {
+                store.want(*draw.picture, draw.range->tiles());
+            }
+        }
+    } catch (...) {
+        store.makeWanted(pool); // what was noted must not outlive the pictures' shares
+        throw;
+    }
+    store.makeWanted(pool);
+}
+
+void CDrawQueue::execute(const TargetView& target, CPictureStore& store, CThreadPool& pool,
+                         const RowKernels& kernels, WorkCounters& counters) {
+    try {
+        prepare(store, pool, kernels, counters);
+    } catch (...) {
+        drop();
+        throw;
+    }
+    // All passes band by band: a clear's rows or an overview's are still in the cache for what comes over
+    // them.
+    std::atomic<std::uint64_t> cleared{0};
+    pool.run((target.height + rowsPerBand - 1) / rowsPerBand, [&](int band) noexcept {
+        const int end = std::min((band + 1) * rowsPerBand, target.height);
+        std::uint64_t own = 0;
+        for (int y = band * rowsPerBand; y < end; ++y)
+            own += executeRow(target, y, kernels);
+        cleared.fetch_add(own, std::memory_order_relaxed);
+    });
+    counters.pixelsCleared += cleared.load(std::memory_order_relaxed);
+    drop();
+}
+
+std::uint64_t CDrawQueue::executeRow(const TargetView& target, int y,
+                                     const RowKernels& kernels) const noexcept {
+    std::uint64_t cleared = 0;
+    for (std::size_t i = 0; i < m_steps.size(); ++i) {
+        if (m_steps[i].isClear) {
+            cleared += clearRow(target, y, i);
+            continue;
+        }
+        const QueuedDraw& draw = m_steps[i].draw;
+        const CRaster& raster = draw.range->raster();
+        if (y < raster.top() || y >= raster.bottom())
+            continue;
+        forEachPiece(raster, y, [&](const Span& span, int x, int count) {
+            CPiece(draw, span, x, y, count).drawTo(pixelOf(target, x, y), kernels);
+        });
+    }
+    return cleared;
+}
+
+std::uint64_t CDrawQueue::clearRow(const TargetView& target, int y, std::size_t step) const noexcept {
+    // From the left: always to where the next rectangle begins that is drawn later, then behind it.
+    std::uint64_t cleared = 0;
+    int x = 0;
+    while (x < target.width) {
+        int end = target.width;
+        int behind = x;
+        for (std::size_t i = step + 1; i < m_steps.size(); ++i) {
+            if (m_steps[i].isClear)
+                continue;
+            const Span covered = coveredBy(m_steps[i].draw, y);
+            if (covered.left <= x && covered.right > x) {
+                behind = std::max(behind, static_cast<int>(covered.right));
+            } else if (covered.left > x && covered.left < covered.right) {
+                end = std::min(end, static_cast<int>(covered.left));
+            }
+        }
+        if (behind > x) {
+            x = behind;
+            continue;
+        }
+        const std::uint32_t colour = bytesOf(m_steps[step].colour);
+        for (std::uint8_t* pixel = pixelOf(target, x, y); x < end; ++x, ++cleared, pixel += 4)
+            std::memcpy(pixel, &colour, 4);
+    }
+    return cleared;
+}
+
+} // namespace tarvo::render::software

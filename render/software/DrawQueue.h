@@ -1,0 +1,86 @@
+#pragma once
+
+#include "render/ShaderProgram.h"
+#include "render/software/DrawnRange.h"
+#include "render/software/InputPlanes.h"
+#include "render/software/TiledPicture.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+namespace tarvo::render::software {
+
+/// The tables of the custom programs.
+struct LookupTables {
+    RawRows rows;
+    int width;
+
+    LookupTables(int theWidth, int height, const MemorySource& memory)
+        : rows(static_cast<std::size_t>(theWidth) * 8, height, memory), width(theWidth) {}
+};
+
+/// A pass with everything it looks at, which stays as it is until the pass is done.
+struct QueuedDraw {
+    ShaderProgram program = ShaderProgram::plainCopy;
+    bool isBlended = false;
+    Bgra outside = opaqueBlack;
+    CDrawnRange* range = nullptr;
+    RecordBytes record{};
+    PictureShare picture;                  ///< where the program samples one
+    const std::uint8_t* pixels = nullptr;  ///< where it samples the output target instead
+    SampledWindow window{};                ///< of it
+    std::array<CShare<RawRows>, 3> planes; ///< Y, Cr, Cb, or the packed frame first
+    int inputWidth = 0;                    ///< of the planes
+    int inputHeight = 0;
+    const LookupTables* lookup = nullptr;
+};
+
+struct TargetView {
+    std::uint8_t* pixels = nullptr;
+    std::ptrdiff_t pitch = 0;
+    int width = 0;
+    int height = 0;
+};
+
+/// How much work was done since the device was opened; for tests and measurements.
+struct WorkCounters {
+    std::uint64_t tilesMade = 0;       ///< of input pictures: converted, filled, masked
+    std::uint64_t rangesEvaluated = 0; ///< projections worked out
+    std::uint64_t pixelsCleared = 0;   ///< written by clears
+    std::uint64_t rowsCopied = 0;      ///< by copies of surfaces that could not be avoided
+};
+
+/// What was asked of one target and not yet done.
+class CDrawQueue {
+public:
+    CDrawQueue() { m_steps.reserve(32); }
+
+    bool isEmpty() const { return m_steps.empty(); }
+    /// Makes everything asked before superfluous.
+    void clear(Bgra colour);
+    /// Throws std::bad_alloc.
+    void add(QueuedDraw draw);
+    void drop() { m_steps.clear(); }
+
+    /// Does it all, and forgets it whatever happens. Throws std::bad_alloc when the pictures that are looked
+    /// at find no memory; nothing is drawn then.
+    void execute(const TargetView& target, CPictureStore& store, CThreadPool& pool, const RowKernels& kernels,
+                 WorkCounters& counters);
+
+private:
+    struct Step {
+        bool isClear = false;
+        Bgra colour{};
+        QueuedDraw draw{};
+    };
+
+    void prepare(CPictureStore& store, CThreadPool& pool, const RowKernels& kernels, WorkCounters& counters);
+    std::uint64_t executeRow(const TargetView& target, int y, const RowKernels& kernels) const noexcept;
+    std::uint64_t clearRow(const TargetView& target, int y, std::size_t step) const noexcept;
+
+    std::vector<Step> m_steps;
+};
+
+} // namespace tarvo::render::software

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "render/RenderDevice.h"
+#include "render/software/AlignedBytes.h"
+#include "render/software/Counted.h"
+#include "render/software/ThreadPool.h"
+
+#include <array>
+
+namespace tarvo::render::software {
+
+/// Rows of bytes as they were uploaded: a plane, a packed frame or the lookup tables.
+struct RawRows : CCounted {
+    CAlignedBytes bytes;
+    std::size_t rowBytes = 0;
+    std::size_t pitch = 0;
+    int rows = 0;
+
+    RawRows() = default;
+    /// Zeros; throws std::bad_alloc.
+    RawRows(std::size_t theRowBytes, int theRows, const MemorySource& memory)
+        : bytes(alignedUp(theRowBytes) * static_cast<std::size_t>(theRows), memory), rowBytes(theRowBytes),
+          pitch(alignedUp(theRowBytes)), rows(theRows) {}
+    RawRows(const RawRows&) = delete;
+    RawRows& operator=(const RawRows&) = delete;
+    void unused() {}
+};
+
+/// Fills `rows` rows of `rowBytes` bytes with what the source has of them, and with zeros where it ends.
+void copyRows(CThreadPool& pool, const SourceRows& source, std::uint8_t* target, std::size_t pitch,
+              std::size_t rowBytes, int rows);
+
+/// An uploaded surface. Pictures that were not converted yet go on looking at the frame before, so there are
+/// two sets of rows, and a new frame goes to the one that nobody looks at.
+class CInputPlane {
+public:
+    CInputPlane(std::size_t rowBytes, int rows, const MemorySource& memory)
+        : m_sets{RawRows(rowBytes, rows, memory), RawRows(rowBytes, rows, memory)}, m_current(m_sets[0]) {}
+
+    const CShare<RawRows>& current() const { return m_current; }
+    /// The rows that the next frame goes to, or null while both sets are looked at.
+    RawRows* writable();
+    /// That of the two which is not the current one.
+    const RawRows& other() const { return &m_sets[0] == m_current.get() ? m_sets[1] : m_sets[0]; }
+    void replaceWith(RawRows& rows) { m_current = CShare<RawRows>(rows); }
+
+private:
+    std::array<RawRows, 2> m_sets;
+    CShare<RawRows> m_current;
+};
+
+} // namespace tarvo::render::software

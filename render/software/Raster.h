@@ -1,0 +1,93 @@
+#pragma once
+
+#include "geometry/ViewLayout.h"
+#include "render/Pass.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace tarvo::render::software {
+
+/// A vertex value over a triangle, as a function of the place in the target, pixels.
+struct Affine {
+    double origin;
+    double perX;
+    double perY;
+
+    double at(double x, double y) const { return origin + perX * x + perY * y; }
+};
+
+struct VertexValues {
+    Affine u;
+    Affine v;
+    Affine colour;
+};
+
+/// Pixels left … right − 1 of a row.
+struct Span {
+    std::int32_t slot;   ///< of the first pixel, in arrays that hold something for every pixel of a raster
+    std::int32_t values; ///< which of the raster's values run along it
+    std::uint16_t left;
+    std::uint16_t right;
+};
+
+/// Slots of a span begin at multiples of this, so that vectors of any width load aligned.
+inline constexpr std::int32_t slotAlignment = 16;
+
+/// The pixels that a range of vertices covers, by the rules of the graphics platform: corners are snapped to
+/// 1/256 pixel, a centre on an edge belongs to the triangle whose left or top edge it is, and triangles that
+/// are counter-clockwise in the picture are left out, as are those with a corner that is no finite number.
+/// Values run linearly between the unsnapped corners.
+///
+/// Coordinates are those of geometry::Vertex. An upright rectangle may reach any distance beyond the target;
+/// of other triangles those are left out that reach further than a million pixels.
+class CRaster {
+public:
+    /// Replaces the contents. `indices` matter to a list only; each lies in `vertices`. The target is at most
+    /// 65,535 pixels wide. Throws std::bad_alloc, which leaves the raster empty; repeated with as many
+    /// pixels it allocates nothing.
+    void build(std::span<const geometry::Vertex> vertices, std::span<const std::uint32_t> indices,
+               Topology topology, int width, int height);
+
+    /// Rows that may have spans: top … bottom − 1.
+    int top() const { return m_top; }
+    int bottom() const { return m_bottom; }
+    /// In the order in which they are drawn; y within top … bottom − 1.
+    std::span<const Span> row(int y) const {
+        const auto index = static_cast<std::size_t>(y - m_top);
+        return std::span(m_spans).subspan(m_rowStarts[index], m_rowStarts[index + 1] - m_rowStarts[index]);
+    }
+    const VertexValues& values(const Span& span) const {
+        return m_values[static_cast<std::size_t>(span.values)];
+    }
+    /// How long arrays by slot have to be.
+    std::size_t slotCount() const { return static_cast<std::size_t>(m_slotCount); }
+    /// True when each row has exactly one span and all are alike.
+    bool isRectangle() const { return m_isRectangle; }
+
+private:
+    struct RowSpan {
+        int y;
+        Span span;
+    };
+
+    void clear();
+    bool buildRectangle(std::span<const geometry::Vertex> vertices, int width, int height);
+    void addTriangle(const geometry::Vertex& a, const geometry::Vertex& b, const geometry::Vertex& c,
+                     int width, int height);
+    void sortIntoRows();
+    void assignSlots();
+
+    int m_top = 0;
+    int m_bottom = 0;
+    bool m_isRectangle = false;
+    std::int32_t m_slotCount = 0;
+    std::vector<Span> m_spans;
+    std::vector<std::size_t> m_rowStarts;
+    std::vector<VertexValues> m_values;
+    std::vector<RowSpan> m_unsorted;
+};
+
+} // namespace tarvo::render::software

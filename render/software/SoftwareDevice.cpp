@@ -1,0 +1,527 @@
+#include "render/software/SoftwareDevice.h"
+
+#include "render/software/kernels/Blending.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+namespace tarvo::render::software {
+namespace {
+
+/// What a program wants besides vertices.
+struct ProgramNeeds {
+    bool isPrepared; ///< by prepare()
+    ConstantSlot slot;
+    std::size_t recordSize;
+    PositionKernel RowKernels::*kernel; ///< null: it does not sample one picture by positions
+};
+
+ProgramNeeds needsOf(ShaderProgram program) {
+    constexpr std::size_t dewarp = sizeof(DewarpConstants);
+    switch (program) {
+    case ShaderProgram::singleView:
+        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::singleView};
+    case ShaderProgram::panoramaWall:
+        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaWall};
+    case ShaderProgram::panoramaCeiling:
+        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaCeiling};
+    case ShaderProgram::panoramaDesk:
+        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaDesk};
+    case ShaderProgram::customTransform:
+        return {true, ConstantSlot::custom, sizeof(CustomTransformConstants), nullptr};
+    case ShaderProgram::customVirtualPtz:
+        return {true, ConstantSlot::custom, sizeof(VirtualPtzConstants), nullptr};
+    case ShaderProgram::excludeRegion:
+        return {false, ConstantSlot::exclude, sizeof(ExcludeConstants), &RowKernels::excludeRegion};
+    case ShaderProgram::yuy2ToRgb:
+        return {false, ConstantSlot::width, sizeof(Yuy2Constants), nullptr};
+    case ShaderProgram::plainCopy:
+        return {false, ConstantSlot::none, 0, &RowKernels::plainCopy};
+    case ShaderProgram::yv12ToRgb:
+    case ShaderProgram::overviewRegion:
+    case ShaderProgram::vertex:
+        break;
+    }
+    return {false, ConstantSlot::none, 0, nullptr};
+}
+
+bool isCustom(ShaderProgram program) {
+    return needsOf(program).slot == ConstantSlot::custom;
+}
+
+bool fits(const ProgramNeeds& needs, ConstantSlot slot, std::span<const std::byte> constants) {
+    return slot == needs.slot && constants.size() >= needs.recordSize;
+}
+
+RecordBytes recordFrom(std::span<const std::byte> constants, std::size_t size) {
+    RecordBytes record;
+    std::copy_n(constants.begin(), size, record.bytes.begin());
+    record.size = size;
+    return record;
+}
+
+template<typename Record>
+Record recordAs(const RecordBytes& bytes) {
+    Record record{};
+    std::memcpy(&record, bytes.bytes.data(), sizeof(record));
+    return record;
+}
+
+/// What the single view shows where the input ends; the other programs show black there.
+Bgra outsideColour(ShaderProgram program, const RecordBytes& record) {
+    if (program != ShaderProgram::singleView)
+        return opaqueBlack;
+    const auto constants = recordAs<DewarpConstants>(record);
+    const float* c = constants.clearColor;
+    return storedColour({c[0], c[1], c[2], c[3]});
+}
+
+bool coversAll(const CRaster& raster, int width, int height) {
+    if (!raster.isRectangle() || raster.top() != 0 || raster.bottom() != height)
+        return false;
+    const Span& span = raster.row(0).front();
+    return span.left == 0 && span.right == width;
+}
+
+/// Each pixel at its own place.
+bool isOneToOne(const CRaster& raster, int width, int height) {
+    const VertexValues& values = raster.values(raster.row(0).front());
+    const auto runs = [](const Affine& value, double along, double length, double across) {
+        // Over a whole side no centre strays by more than a thousandth of a pixel.
+        const double tolerance = 1e-3 / length;
+        return std::abs(value.origin) < tolerance && std::abs(along * length - 1.0) < tolerance &&
+               std::abs(across) < tolerance;
+    };
+    return runs(values.u, values.u.perX, width, values.u.perY * height) &&
+           runs(values.v, values.v.perY, height, values.v.perX * width);
+}
+
+/// Columns or rows whose centres lie between two coordinates, both included.
+template<typename CoordinateAt>
+std::pair<int, int> included(float low, float high, int size, CoordinateAt at) {
+    int first = 0;
+    while (first < size && !(at(first) >= low))
+        ++first;
+    int end = first;
+    while (end < size && at(end) <= high)
+        ++end;
+    return {first, end};
+}
+
+PixelArea areaOf(const ExcludeConstants& constants, const CRaster& raster, int width, int height) {
+    const VertexValues& values = raster.values(raster.row(0).front());
+    const auto at = [](const Affine& value, int x, int y) {
+        float coordinate = 0.0F;
+        interpolate(value, x, y, 1, &coordinate);
+        return coordinate;
+    };
+    const float* const rect = constants.excludeRect;
+    const auto columns = included(rect[0], rect[2], width, [&](int x) { return at(values.u, x, 0); });
+    const auto rows = included(rect[1], rect[3], height, [&](int y) { return at(values.v, 0, y); });
+    return {columns.first, rows.first, columns.second, rows.second};
+}
+
+} // namespace
+
+struct CSoftwareDevice::Frame {
+    Frame(const InputFormat& input, const OutputFormat& output, std::shared_ptr<CThreadPool> thePool,
+          const MemorySource& memory)
+        : pool(std::move(thePool)), surfaces(input, output, memory), ranges(memory) {}
+
+    HRESULT find(const Pass& pass, QueuedDraw& draw, RasterKey& key,
+                 std::span<const geometry::Vertex>& corners, std::span<const std::uint32_t>& corner) const;
+    HRESULT findRange(const DrawRange& range, std::span<const geometry::Vertex>& corners,
+                      std::span<const std::uint32_t>& corner) const;
+    HRESULT findRecord(const Pass& pass, RecordBytes& record) const;
+    HRESULT findTextures(const Pass& pass, QueuedDraw& draw) const;
+
+    std::shared_ptr<CThreadPool> pool;
+    CSurfaces surfaces;
+    CDrawnRanges ranges;
+    CDrawQueue queue;
+    WorkCounters counters;
+    HRESULT failure = S_OK;               ///< of what was queued since the last read-back
+    std::optional<ShaderProgram> program; ///< prepared
+    bool hasVertices = false;
+    bool hasMarker = false;
+    std::uint64_t vertexVersion = 0;
+    std::uint64_t markerVersion = 0;
+    geometry::ViewVertices vertices{};
+    geometry::OverviewMarkerVertices marker{};
+    geometry::OverviewDiscIndices indices = geometry::overviewDiscIndices();
+};
+
+CSoftwareDevice::CSoftwareDevice(diagnostics::ObjectLog log, std::shared_ptr<CThreadPool> pool,
+                                 const MemorySource& memory)
+    : m_log(log), m_givenPool(std::move(pool)), m_memory(memory) {}
+
+CSoftwareDevice::~CSoftwareDevice() = default;
+
+HRESULT CSoftwareDevice::failed(HRESULT result, int line) const noexcept {
+    m_log.failedCall("CDewarpingTransform::CreateTextures()", line, result);
+    return result;
+}
+
+template<typename Verb>
+HRESULT CSoftwareDevice::guarded(Verb verb) noexcept {
+    if (m_frame == nullptr)
+        return E_FAIL;
+    try {
+        return verb(*m_frame);
+    } catch (const std::bad_alloc&) {
+        return failed(E_OUTOFMEMORY, __LINE__);
+    } catch (...) {
+        return failed(E_FAIL, __LINE__);
+    }
+}
+
+HRESULT CSoftwareDevice::open(const InputFormat& input, const OutputFormat& output) {
+    close();
+    if (!CSurfaces::isPossible(input, output))
+        return failed(E_INVALIDARG, __LINE__);
+    try {
+        m_frame = std::make_unique<Frame>(input, output, m_givenPool ? m_givenPool : CThreadPool::shared(),
+                                          m_memory);
+    } catch (const std::bad_alloc&) {
+        return failed(E_OUTOFMEMORY, __LINE__);
+    } catch (...) {
+        return failed(E_FAIL, __LINE__);
+    }
+    return S_OK;
+}
+
+HRESULT CSoftwareDevice::openStates() {
+    return isOpen() ? S_OK : E_FAIL;
+}
+
+void CSoftwareDevice::close() {
+    m_frame.reset();
+}
+
+WorkCounters CSoftwareDevice::counters() const {
+    if (!isOpen())
+        return {};
+    WorkCounters counters = m_frame->counters;
+    counters.tilesMade = m_frame->surfaces.store().tilesMade();
+    return counters;
+}
+
+HRESULT CSoftwareDevice::geometry(const geometry::ViewVertices& vertices, const ExcludeGeometry& exclude) {
+    return guarded([&](Frame& frame) -> HRESULT {
+        const geometry::PixelBox& box = exclude.box;
+        const InputFormat& input = frame.surfaces.input();
+        if (!box.isEmpty() && (box.width() > input.width || box.height() > input.height))
+            return E_INVALIDARG;
+        frame.surfaces.setExcludeBox(box);
+        // The same vertices keep everything that was worked out for them.
+        if (!frame.hasVertices || std::memcmp(&frame.vertices, &vertices, sizeof(vertices)) != 0) {
+            frame.vertices = vertices;
+            frame.hasVertices = true;
+            ++frame.vertexVersion;
+        }
+        return S_OK;
+    });
+}
+
+HRESULT CSoftwareDevice::overviewMarker(const geometry::OverviewMarkerVertices& vertices) {
+    return guarded([&](Frame& frame) -> HRESULT {
+        if (!frame.hasMarker || std::memcmp(&frame.marker, &vertices, sizeof(vertices)) != 0) {
+            frame.marker = vertices;
+            frame.hasMarker = true;
+            ++frame.markerVersion;
+        }
+        return S_OK;
+    });
+}
+
+bool CSoftwareDevice::hasProgram(ShaderProgram program) const {
+    return static_cast<std::size_t>(program) < shaderResources.size();
+}
+
+HRESULT CSoftwareDevice::prepare(ShaderProgram program, ConstantSlot slot,
+                                 std::span<const std::byte> constants) {
+    return guarded([&](Frame& frame) -> HRESULT {
+        frame.program.reset();
+        const ProgramNeeds needs = needsOf(program);
+        if (!needs.isPrepared || !fits(needs, slot, constants))
+            return E_INVALIDARG;
+        frame.program = program;
+        return S_OK;
+    });
+}
+
+void CSoftwareDevice::releaseProgram() {
+    if (isOpen())
+        m_frame->program.reset();
+}
+
+HRESULT CSoftwareDevice::lookup(int width, int height) {
+    return guarded([&](Frame& frame) -> HRESULT {
+        constexpr int largestSide = 16384;
+        if (width < 1 || height < 1 || width > largestSide || height > largestSide)
+            return E_INVALIDARG;
+        execute(); // queued passes still look at the old one
+        frame.surfaces.setLookup(width, height);
+        return S_OK;
+    });
+}
+
+void CSoftwareDevice::releaseLookup() {
+    if (!isOpen())
+        return;
+    execute();
+    m_frame->surfaces.releaseLookup();
+}
+
+HRESULT CSoftwareDevice::upload(Surface surface, const SourceRows& rows) {
+    return guarded([&](Frame& frame) -> HRESULT {
+        const bool isNowhere = rows.data == nullptr && rows.rowCount > 0 && rows.rowBytes > 0;
+        if (rows.rowCount < 0 || isNowhere)
+            return E_INVALIDARG;
+        execute();
+        return frame.surfaces.upload(surface, rows, *frame.pool);
+    });
+}
+
+void CSoftwareDevice::clear(Surface target, const std::array<float, 4>& colour) {
+    guarded([&](Frame& frame) -> HRESULT {
+        const Bgra stored = storedColour({colour[0], colour[1], colour[2], colour[3]});
+        if (target == Surface::outputTarget) {
+            frame.queue.clear(stored);
+        } else if (target == Surface::conversionTarget) {
+            frame.surfaces.fillConversionTarget(stored);
+        }
+        return S_OK;
+    });
+}
+
+HRESULT CSoftwareDevice::Frame::findRange(const DrawRange& range, std::span<const geometry::Vertex>& corners,
+                                          std::span<const std::uint32_t>& corner) const {
+    const bool isMarker = range.source == VertexSource::overviewMarker;
+    if (isMarker ? !hasMarker : !hasVertices)
+        return E_FAIL;
+    const std::span<const geometry::Vertex> all =
+        isMarker ? std::span<const geometry::Vertex>(marker) : std::span<const geometry::Vertex>(vertices);
+    const auto isWithin = [&range](std::size_t size) {
+        return range.first >= 0 && range.count >= 0 && static_cast<std::size_t>(range.first) <= size &&
+               static_cast<std::size_t>(range.count) <= size - static_cast<std::size_t>(range.first);
+    };
+    const auto first = static_cast<std::size_t>(range.first);
+    const auto count = static_cast<std::size_t>(range.count);
+    if (range.topology == Topology::triangleStrip) {
+        if (!isWithin(all.size()))
+            return E_INVALIDARG;
+        corners = all.subspan(first, count);
+        return S_OK;
+    }
+    if (!isWithin(indices.size()) || range.baseVertex < 0 ||
+        static_cast<std::size_t>(range.baseVertex) >= all.size())
+        return E_INVALIDARG;
+    corners = all.subspan(static_cast<std::size_t>(range.baseVertex));
+    corner = std::span<const std::uint32_t>(indices).subspan(first, count);
+    const bool isInside =
+        std::all_of(corner.begin(), corner.end(), [&](auto i) { return i < corners.size(); });
+    return isInside ? S_OK : E_INVALIDARG;
+}
+
+HRESULT CSoftwareDevice::Frame::findRecord(const Pass& pass, RecordBytes& record) const {
+    const ProgramNeeds needs = needsOf(pass.program);
+    if (needs.isPrepared && program != pass.program)
+        return E_FAIL;
+    if (needs.recordSize == 0)
+        return S_OK;
+    if (!fits(needs, pass.constantSlot, pass.constants))
+        return E_INVALIDARG;
+    record = recordFrom(pass.constants, needs.recordSize);
+    return S_OK;
+}
+
+HRESULT CSoftwareDevice::Frame::findTextures(const Pass& pass, QueuedDraw& draw) const {
+    for (const Surface texture : pass.textures) {
+        if (texture != Surface::none && !surfaces.has(texture))
+            return E_FAIL;
+        // What is drawn into cannot be looked at.
+        if (texture == pass.target)
+            return E_INVALIDARG;
+    }
+    draw.inputWidth = surfaces.input().width;
+    draw.inputHeight = surfaces.input().height;
+    switch (pass.program) {
+    case ShaderProgram::overviewRegion:
+        return S_OK;
+    case ShaderProgram::yuy2ToRgb:
+        if (pass.textures[3] != Surface::packedInput)
+            return E_INVALIDARG;
+        draw.planes[0] = *surfaces.plane(Surface::packedInput);
+        draw.inputWidth = static_cast<int>(recordAs<Yuy2Constants>(draw.record).width);
+        return S_OK;
+    case ShaderProgram::yv12ToRgb:
+        for (std::size_t i = 0; i < 3; ++i) {
+            constexpr std::array<Surface, 3> planes{Surface::yPlane, Surface::crPlane, Surface::cbPlane};
+            if (pass.textures[i] != planes[i])
+                return E_INVALIDARG;
+            draw.planes[i] = *surfaces.plane(planes[i]);
+        }
+        return S_OK;
+    default:
+        break;
+    }
+    if (isCustom(pass.program)) {
+        if (pass.textures[4] != Surface::lookup)
+            return E_INVALIDARG;
+        draw.lookup = surfaces.lookup();
+    }
+    if (pass.textures[0] == Surface::outputTarget) {
+        const TargetView& output = surfaces.output();
+        draw.pixels = output.pixels;
+        draw.window = {0, 0, output.width, output.height, output.width, output.height, output.pitch};
+        return S_OK;
+    }
+    const PictureShare* picture = surfaces.picture(pass.textures[0]);
+    if (picture == nullptr)
+        return E_INVALIDARG;
+    draw.picture = *picture;
+    draw.window = surfaces.window(pass.textures[0]);
+    return S_OK;
+}
+
+HRESULT CSoftwareDevice::Frame::find(const Pass& pass, QueuedDraw& draw, RasterKey& key,
+                                     std::span<const geometry::Vertex>& corners,
+                                     std::span<const std::uint32_t>& corner) const {
+    draw.program = pass.program;
+    draw.isBlended = pass.isBlended;
+    HRESULT result = findRange(pass.range, corners, corner);
+    if (SUCCEEDED(result))
+        result = findRecord(pass, draw.record);
+    if (SUCCEEDED(result))
+        result = findTextures(pass, draw);
+    draw.outside = outsideColour(pass.program, draw.record);
+    const bool isMarker = pass.range.source == VertexSource::overviewMarker;
+    const bool isOutput = pass.target == Surface::outputTarget;
+    key = {pass.range, isOutput ? surfaces.output().width : surfaces.input().width,
+           isOutput ? surfaces.output().height : surfaces.input().height,
+           isMarker ? markerVersion : vertexVersion};
+    return result;
+}
+
+HRESULT CSoftwareDevice::draw(const Pass& pass) {
+    return guarded([&](Frame&) { return drawQueued(pass); });
+}
+
+HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
+    Frame& frame = *m_frame;
+    const bool isConversion = pass.target == Surface::conversionTarget;
+    if (pass.program == ShaderProgram::vertex || (!isConversion && pass.target != Surface::outputTarget))
+        return E_INVALIDARG;
+    QueuedDraw draw;
+    RasterKey key;
+    std::span<const geometry::Vertex> corners;
+    std::span<const std::uint32_t> corner;
+    if (const HRESULT result = frame.find(pass, draw, key, corners, corner); FAILED(result))
+        return result;
+
+    const auto acquire = [&](const PositionKey& positions) {
+        CDrawnRange* range = frame.ranges.acquire(key, positions, corners, corner);
+        if (range == nullptr) {
+            execute(); // which ends all uses
+            range = frame.ranges.acquire(key, positions, corners, corner);
+        }
+        return range;
+    };
+    if (isConversion && note(pass, draw, acquire({})->raster()))
+        return S_OK;
+    PositionKey positions;
+    if (PositionKernel RowKernels::*const kernel = needsOf(pass.program).kernel; kernel != nullptr)
+        positions = {rowKernels().*kernel, draw.record, draw.window};
+    draw.range = acquire(positions);
+    if (!isConversion) {
+        frame.queue.add(std::move(draw));
+        return S_OK;
+    }
+    if (pass.textures[0] == Surface::outputTarget)
+        execute();
+    const TargetView target = frame.surfaces.drawableConversionTarget(*frame.pool);
+    CDrawQueue now;
+    now.add(std::move(draw));
+    now.execute(target, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters);
+    return S_OK;
+}
+
+bool CSoftwareDevice::note(const Pass& pass, const QueuedDraw& draw, const CRaster& raster) {
+    CSurfaces& surfaces = m_frame->surfaces;
+    const int width = surfaces.input().width;
+    const int height = surfaces.input().height;
+    if (pass.isBlended || !coversAll(raster, width, height))
+        return false;
+    if (pass.program == ShaderProgram::yuy2ToRgb && draw.inputWidth == width) {
+        surfaces.convertYuy2();
+        return true;
+    }
+    if (!isOneToOne(raster, width, height))
+        return false;
+    if (pass.program == ShaderProgram::yv12ToRgb) {
+        surfaces.convertYv12();
+        return true;
+    }
+    const SampledWindow whole{0, 0, width, height, width, height, surfaces.store().pitch()};
+    if (pass.program == ShaderProgram::excludeRegion && draw.picture && draw.window == whole) {
+        surfaces.mask(pass.textures[0],
+                      areaOf(recordAs<ExcludeConstants>(draw.record), raster, width, height));
+        return true;
+    }
+    return false;
+}
+
+void CSoftwareDevice::copy(Surface from, Surface to) {
+    guarded([&](Frame& frame) -> HRESULT {
+        const std::optional<geometry::PixelBox> box = frame.surfaces.boxOf(from);
+        if (!box || box != frame.surfaces.boxOf(to))
+            return E_INVALIDARG;
+        if (from == Surface::outputTarget || to == Surface::outputTarget)
+            execute();
+        return frame.surfaces.copy(from, *box, to, *frame.pool, frame.counters);
+    });
+}
+
+void CSoftwareDevice::copyBox(Surface from, const geometry::PixelBox& box, Surface to) {
+    guarded([&](Frame& frame) -> HRESULT {
+        if (from == Surface::outputTarget || to == Surface::outputTarget)
+            execute();
+        return frame.surfaces.copy(from, box, to, *frame.pool, frame.counters);
+    });
+}
+
+HRESULT CSoftwareDevice::execute() noexcept {
+    Frame& frame = *m_frame;
+    HRESULT result = S_OK;
+    if (!frame.queue.isEmpty()) {
+        try {
+            frame.queue.execute(frame.surfaces.output(), frame.surfaces.store(), *frame.pool, rowKernels(),
+                                frame.counters);
+        } catch (...) {
+            frame.failure = result = failed(E_OUTOFMEMORY, __LINE__);
+        }
+    }
+    frame.ranges.release();
+    return result;
+}
+
+void CSoftwareDevice::flush() {
+    if (isOpen())
+        execute();
+}
+
+HRESULT CSoftwareDevice::readBack(IMappedRowsVisitor& visitor) {
+    return guarded([&](Frame& frame) -> HRESULT {
+        execute();
+        if (FAILED(frame.failure))
+            return std::exchange(frame.failure, S_OK);
+        const TargetView& view = frame.surfaces.output();
+        return visitor.visit({static_cast<const std::byte*>(static_cast<const void*>(view.pixels)),
+                              static_cast<std::size_t>(view.pitch), view.width, view.height});
+    });
+}
+
+} // namespace tarvo::render::software

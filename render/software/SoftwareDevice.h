@@ -1,0 +1,78 @@
+#pragma once
+
+#include "diagnostics/ObjectLog.h"
+#include "render/RenderDevice.h"
+#include "render/software/AlignedBytes.h"
+#include "render/software/DrawQueue.h"
+#include "render/software/DrawnRange.h"
+#include "render/software/Surfaces.h"
+#include "render/software/ThreadPool.h"
+
+#include <memory>
+#include <optional>
+
+namespace tarvo::render::software {
+
+/// Draws without a graphics platform.
+///
+/// What is asked of the output is queued and done at flush() or readBack(); what is asked of the surfaces of
+/// the input's side is only noted, and done for those tiles which the output looks at. Once the largest frame
+/// has gone through, a frame allocates nothing. Nothing that a verb throws inside comes out: without memory
+/// it answers E_OUTOFMEMORY, and the verbs without an answer leave the surface as it was.
+class CSoftwareDevice final : public IRenderDevice {
+public:
+    /// Threads of `pool`, or of the pool that all devices of the process share, which is held while the
+    /// device is open. `memory` outlives the device.
+    explicit CSoftwareDevice(diagnostics::ObjectLog log, std::shared_ptr<CThreadPool> pool = nullptr,
+                             const MemorySource& memory = systemMemory);
+    ~CSoftwareDevice() override;
+    CSoftwareDevice(const CSoftwareDevice&) = delete;
+    CSoftwareDevice& operator=(const CSoftwareDevice&) = delete;
+
+    bool isAvailable() override { return true; }
+    HRESULT open(const InputFormat& input, const OutputFormat& output) override;
+    HRESULT openStates() override;
+    bool isOpen() const override { return m_frame != nullptr; }
+    DeviceKind kind() const override { return DeviceKind::software; }
+
+    HRESULT geometry(const geometry::ViewVertices& vertices, const ExcludeGeometry& exclude) override;
+    HRESULT overviewMarker(const geometry::OverviewMarkerVertices& vertices) override;
+
+    bool hasProgram(ShaderProgram program) const override;
+    HRESULT prepare(ShaderProgram program, ConstantSlot slot, std::span<const std::byte> constants) override;
+    void releaseProgram() override;
+
+    HRESULT lookup(int width, int height) override;
+    void releaseLookup() override;
+
+    HRESULT upload(Surface surface, const SourceRows& rows) override;
+    void clear(Surface target, const std::array<float, 4>& colour) override;
+    HRESULT draw(const Pass& pass) override;
+    void copy(Surface from, Surface to) override;
+    void copyBox(Surface from, const geometry::PixelBox& box, Surface to) override;
+    void flush() override;
+    HRESULT readBack(IMappedRowsVisitor& visitor) override;
+    void close() override;
+
+    /// Of the open device.
+    WorkCounters counters() const;
+
+private:
+    /// Everything that an open device holds.
+    struct Frame;
+
+    template<typename Verb>
+    HRESULT guarded(Verb verb) noexcept;
+    HRESULT failed(HRESULT result, int line) const noexcept;
+    HRESULT drawQueued(const Pass& pass);
+    /// The usual passes over the whole conversion target only change what it shows; false for any other.
+    bool note(const Pass& pass, const QueuedDraw& draw, const CRaster& raster);
+    HRESULT execute() noexcept;
+
+    diagnostics::ObjectLog m_log;
+    std::shared_ptr<CThreadPool> m_givenPool;
+    const MemorySource& m_memory;
+    std::unique_ptr<Frame> m_frame;
+};
+
+} // namespace tarvo::render::software

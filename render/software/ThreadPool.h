@@ -1,0 +1,72 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace tarvo::render::software {
+
+/// Splits work over threads. Any number of threads may hand in work at the same time, also from within work;
+/// each takes part in its own, so nobody waits for a thread that never comes. Threads start with the first
+/// work that can be split, sleep while there is none and end with the pool.
+class CThreadPool {
+public:
+    /// Counts the caller; 0 stands for as many as the machine runs at once.
+    explicit CThreadPool(int threadCount = 0);
+    /// Ends and joins the threads; no work may be under way.
+    ~CThreadPool();
+    CThreadPool(const CThreadPool&) = delete;
+    CThreadPool& operator=(const CThreadPool&) = delete;
+
+    /// The one pool of the process. It lasts as long as somebody holds it: the last holder's release joins
+    /// the threads, at a time of the holder's choosing and never while the module is being unloaded.
+    static std::shared_ptr<CThreadPool> shared();
+
+    int threadCount() const { return m_threadCount; }
+
+    /// Calls `task(i)` once for every i in 0 … count − 1, in any order and on any threads, and returns when
+    /// all have returned. What they wrote is visible afterwards. Allocates nothing once the threads run.
+    template<typename Task>
+    void run(int count, Task&& task) {
+        using Plain = std::remove_reference_t<Task>;
+        static_assert(noexcept(task(0)), "no exception could be brought back from another thread");
+        Job job;
+        job.call = [](void* context, int index) noexcept { (*static_cast<Plain*>(context))(index); };
+        job.context = const_cast<std::remove_const_t<Plain>*>(&task);
+        job.count = count;
+        runJob(job);
+    }
+
+private:
+    struct Job {
+        void (*call)(void*, int) noexcept = nullptr;
+        void* context = nullptr;
+        int count = 0;
+        std::atomic<int> next{0};
+        int helpers = 0; ///< threads of the pool at work on it
+        Job* following = nullptr;
+    };
+
+    void runJob(Job& job) noexcept;
+    static void process(Job& job) noexcept;
+    void help() noexcept;
+    Job* openJob() const;
+    void startThreads() noexcept;
+    void append(Job& job);
+    void remove(const Job& job);
+
+    const int m_threadCount;
+    std::mutex m_lock;
+    std::condition_variable m_workCame;
+    std::condition_variable m_helperLeft;
+    Job* m_first = nullptr;
+    bool m_isEnding = false;
+    bool m_isStarted = false;
+    std::vector<std::thread> m_threads;
+};
+
+} // namespace tarvo::render::software

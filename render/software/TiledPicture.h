@@ -1,0 +1,143 @@
+#pragma once
+
+#include "render/Picture.h"
+#include "render/colour/YuvToBgra.h"
+#include "render/software/AlignedBytes.h"
+#include "render/software/Counted.h"
+#include "render/software/InputPlanes.h"
+#include "render/software/ThreadPool.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace tarvo::render::software {
+
+/// What of a picture is made at once.
+inline constexpr int tileWidth = 64;
+inline constexpr int tileHeight = 16;
+
+constexpr int tileColumns(int width) {
+    return (width + tileWidth - 1) / tileWidth;
+}
+constexpr int tileRows(int height) {
+    return (height + tileHeight - 1) / tileHeight;
+}
+
+/// Pixels in memory. One pixel to the right and below can be read as well, whatever it holds.
+struct PixelView {
+    const std::uint8_t* pixels = nullptr;
+    std::ptrdiff_t pitch = 0;
+    int width = 0;
+    int height = 0;
+};
+
+class CPictureStore;
+
+/// A picture that knows how its pixels come about and makes them tile by tile when somebody wants to look.
+/// Until then it costs nothing; what is shared between surfaces is made once.
+///
+/// Contents never change while the picture is shared: a surface whose contents change gets another picture.
+class CTiledPicture : public CCounted {
+public:
+    int width() const { return m_width; }
+    int height() const { return m_height; }
+    bool isStored() const { return m_content == Content::stored; }
+    /// Whether a tile has its pixels in memory, so that everybody may read them.
+    bool isMade(std::uint32_t tile) const { return m_content == Content::stored || m_tiles[tile] == made; }
+    /// Whether unmade tiles would be made from these rows.
+    bool looksAt(const RawRows& rows) const;
+
+    /// The memory of the pixels; only tiles that are made mean anything. Needs bound memory.
+    PixelView view() const;
+    /// For stored pictures.
+    std::uint8_t* pixels() { return m_memory.data(); }
+    std::ptrdiff_t pitch() const { return m_pitch; }
+
+    void unused();
+
+private:
+    friend class CPictureStore;
+    enum class Content { stored, colour, yv12, yuy2, masked };
+    static constexpr std::uint8_t unmade = 0;
+    static constexpr std::uint8_t scheduled = 1;
+    static constexpr std::uint8_t made = 2;
+
+    void produce(PixelArea area, std::uint8_t* target, std::ptrdiff_t pitch) const noexcept;
+    void produceMasked(PixelArea area, std::uint8_t* target, std::ptrdiff_t pitch) const noexcept;
+    bool isAreaMade(const PixelArea& area) const;
+    void forgetSources();
+
+    CPictureStore* m_store = nullptr;
+    Content m_content = Content::stored;
+    int m_width = 0;
+    int m_height = 0;
+    std::ptrdiff_t m_pitch = 0;
+    CAlignedBytes m_memory;
+    std::vector<std::uint8_t> m_tiles;
+    Bgra m_colour;
+    std::array<CShare<RawRows>, 3> m_rows;
+    CShare<CTiledPicture> m_source;
+    PixelArea m_mask;
+};
+
+using PictureShare = CShare<CTiledPicture>;
+
+/// Makes pictures, up to the size it was opened for, and keeps their memory for the next ones.
+class CPictureStore {
+public:
+    /// Has memory for three pictures ready; throws std::bad_alloc.
+    CPictureStore(int width, int height, const MemorySource& memory);
+    /// Nobody may hold a share any more.
+    ~CPictureStore();
+    CPictureStore(const CPictureStore&) = delete;
+    CPictureStore& operator=(const CPictureStore&) = delete;
+
+    /// Each may throw std::bad_alloc where there was never need of so many pictures at once before.
+    PictureShare filled(int width, int height, Bgra colour);
+    PictureShare fromYv12(int width, int height, const std::array<CShare<RawRows>, 3>& planes);
+    PictureShare fromYuy2(int width, int height, const CShare<RawRows>& packed);
+    /// The source with the area black, which is opaque.
+    PictureShare masked(const PictureShare& source, const PixelArea& area);
+    /// Of undefined contents, for somebody who is about to write all of it.
+    PictureShare stored(int width, int height);
+
+    /// Notes which of the tiles have to be made; several calls may come before one of makeWanted(), which has
+    /// to come while the pictures are held. `tiles` ascend. Throws std::bad_alloc and then notes nothing.
+    void want(CTiledPicture& picture, std::span<const std::uint32_t> tiles);
+    void wantAll(CTiledPicture& picture);
+    void makeWanted(CThreadPool& pool);
+    /// Has everything made; afterwards the picture depends on nothing.
+    void makeStored(CTiledPicture& picture, CThreadPool& pool);
+
+    /// Bytes from one row to the next of pictures as large as the store is for.
+    std::ptrdiff_t pitch() const { return m_pitch; }
+    std::uint64_t tilesMade() const { return m_tilesMade; }
+
+private:
+    friend class CTiledPicture;
+    struct Run {
+        CTiledPicture* picture;
+        PixelArea area;
+    };
+
+    CTiledPicture& unusedPicture();
+    PictureShare make(CTiledPicture::Content content, int width, int height);
+    void bindMemory(CTiledPicture& picture);
+    void wantRun(CTiledPicture& picture, std::uint32_t first, std::uint32_t end);
+
+    const MemorySource& m_memory;
+    std::size_t m_blockBytes;
+    std::ptrdiff_t m_pitch;
+    std::size_t m_tileCount;
+    std::vector<CAlignedBytes> m_spare;
+    std::vector<Run> m_runs;
+    std::vector<std::uint32_t> m_allTiles;
+    std::uint64_t m_tilesMade = 0;
+    /// Last, so that its members' ends still find the spare blocks.
+    std::vector<std::unique_ptr<CTiledPicture>> m_pictures;
+};
+
+} // namespace tarvo::render::software

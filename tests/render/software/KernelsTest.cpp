@@ -1,0 +1,361 @@
+#include "render/ConstantRecords.h"
+#include "render/software/kernels/ArcTangent.h"
+#include "render/software/kernels/Blending.h"
+#include "render/software/kernels/RowKernels.h"
+#include "tests/render/software/SoftwareDeviceFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <random>
+#include <tuple>
+#include <vector>
+
+namespace tarvo::render::software {
+namespace {
+
+struct Position {
+    double x;
+    double y;
+};
+
+/// The record in double precision.
+struct Exact {
+    double size[2];
+    double imageCenter[2];
+    double rotateData[3];
+    double tangentOfFieldOfView;
+    double lensProfile[3];
+    double lambdaOffset;
+    double clearColor[4];
+    double panoramaRectAngles[4];
+};
+
+Exact exactly(const DewarpConstants& constants) {
+    std::array<float, 20> floats{};
+    std::array<double, 20> doubles{};
+    static_assert(sizeof(floats) == sizeof(constants) && sizeof(doubles) == sizeof(Exact));
+    std::memcpy(floats.data(), &constants, sizeof(floats));
+    std::copy(floats.begin(), floats.end(), doubles.begin());
+    Exact exact{};
+    std::memcpy(&exact, doubles.data(), sizeof(exact));
+    return exact;
+}
+
+// The projections once more, in double precision and by the book: rays as angles, rotations as rotations.
+
+Position imagePoint(const Exact& c, double theta, double lambda) {
+    const double radius = c.lensProfile[0] * std::pow(theta, 3) + c.lensProfile[1] * std::pow(theta, 2) +
+                          c.lensProfile[2] * theta;
+    return {c.imageCenter[0] + radius * std::cos(lambda), c.imageCenter[1] + radius * std::sin(lambda)};
+}
+
+Position singleView(const Exact& c, double u, double v) {
+    const double sx = u * c.size[0] - c.size[0] / 2.0;
+    const double sy = v * c.size[1] - c.size[1] / 2.0;
+    const double theta = std::atan(std::hypot(sx, sy) / (c.size[1] / 2.0) * c.tangentOfFieldOfView);
+    const double lambda = c.lambdaOffset - std::atan2(sy, -sx);
+    double x = std::sin(theta) * std::cos(lambda);
+    double y = std::sin(theta) * std::sin(lambda);
+    double z = std::cos(theta);
+    const auto cosine = [](double angle) { return std::abs(std::cos(angle)); };
+    const double sx1 = std::sin(c.rotateData[0]);
+    const double cx1 = cosine(c.rotateData[0]);
+    std::tie(y, z) = std::make_tuple(y * cx1 + z * sx1, z * cx1 - y * sx1);
+    const double sy1 = std::sin(c.rotateData[1]);
+    const double cy1 = cosine(c.rotateData[1]);
+    std::tie(x, z) = std::make_tuple(x * cy1 + z * sy1, z * cy1 - x * sy1);
+    return imagePoint(c, std::acos(std::clamp(z, -1.0, 1.0)), std::atan2(y, x) + c.rotateData[2]);
+}
+
+constexpr double halfPi = std::numbers::pi / 2.0;
+
+Position panoramaWall(const Exact& c, double u, double v) {
+    const double polar = halfPi - 0.5 * c.panoramaRectAngles[3] + v * c.panoramaRectAngles[3];
+    const double azimuth = u * c.panoramaRectAngles[2] + c.panoramaRectAngles[0] + halfPi;
+    const double x = std::sin(polar) * std::cos(azimuth);
+    const double y = std::sin(polar) * std::sin(azimuth);
+    const double z = std::cos(polar);
+    return imagePoint(c, std::acos(std::clamp(y, -1.0, 1.0)), std::atan2(-z, -x));
+}
+
+Position panoramaCeiling(const Exact& c, double u, double v) {
+    const double start = c.panoramaRectAngles[0] - halfPi + (v > 0.5 ? c.panoramaRectAngles[2] : 0.0);
+    const double down = v > 0.5 ? v - 0.5 : v;
+    return imagePoint(c, halfPi - down * 2.0 * c.panoramaRectAngles[3], start + u * c.panoramaRectAngles[2]);
+}
+
+Position panoramaDesk(const Exact& c, double u, double v) {
+    const double start = -c.panoramaRectAngles[0] - halfPi - (v > 0.5 ? c.panoramaRectAngles[2] : 0.0);
+    const double down = v > 0.5 ? v : v + 0.5;
+    return imagePoint(c, halfPi + (down - 1.0) * 2.0 * c.panoramaRectAngles[3],
+                      start - u * c.panoramaRectAngles[2]);
+}
+
+DewarpConstants randomConstants(std::mt19937& random) {
+    const auto between = [&](double low, double high) {
+        return static_cast<float>(std::uniform_real_distribution<double>(low, high)(random));
+    };
+    DewarpConstants c{};
+    c.size[0] = std::floor(between(33, 4000));
+    c.size[1] = std::floor(between(33, 3000));
+    c.imageCenter[0] = c.size[0] * between(0.4, 0.6);
+    c.imageCenter[1] = c.size[1] * between(0.4, 0.6);
+    c.rotateData[0] = between(-1.5, 1.5);
+    c.rotateData[1] = between(0, 1) < 0.5F ? 0.0F : between(-1.0, 1.0);
+    c.rotateData[2] = between(-3.1, 3.1);
+    c.tangentOfFieldOfView = between(0.05, 2.0);
+    c.lensProfile[0] = c.size[1] * between(-0.03, 0.03);
+    c.lensProfile[1] = c.size[1] * between(-0.03, 0.03);
+    c.lensProfile[2] = c.size[1] * between(0.25, 0.4);
+    c.lambdaOffset = between(-3.1, 3.1);
+    c.panoramaRectAngles[0] = between(-3.1, 3.1);
+    c.panoramaRectAngles[2] = between(0.5, 3.1);
+    c.panoramaRectAngles[3] = between(0.3, 1.5);
+    return c;
+}
+
+struct Projection {
+    const char* name;
+    PositionKernel RowKernels::*kernel;
+    Position (*exact)(const Exact&, double, double);
+    bool isBounded; ///< looks at nothing outside the input
+};
+
+const Projection projections[] = {
+    {"single view", &RowKernels::singleView, singleView, true},
+    {"wall", &RowKernels::panoramaWall, panoramaWall, false},
+    {"ceiling", &RowKernels::panoramaCeiling, panoramaCeiling, true},
+    {"desk", &RowKernels::panoramaDesk, panoramaDesk, true},
+};
+
+TEST(SoftwareKernels, ProjectionsLieWithinAThirtySecondOfAPixel) {
+    constexpr double tolerance = 1.0 / 32.0;
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> coordinate(0.0F, 1.0F);
+    for (const Projection& projection : projections) {
+        int inside = 0;
+        for (int round = 0; round < 200; ++round) {
+            const DewarpConstants c = randomConstants(random);
+            constexpr int count = 101;
+            float u[count];
+            float v[count];
+            float x[count];
+            float y[count];
+            for (int i = 0; i < count; ++i) {
+                u[i] = coordinate(random);
+                v[i] = coordinate(random);
+            }
+            u[0] = v[0] = 0.5F;
+            (rowKernels().*projection.kernel)(&c, {u, v, count}, {x, y, c.size[0], c.size[1]});
+            const Exact exact = exactly(c);
+            for (int i = 0; i < count; ++i) {
+                const Position p =
+                    projection.exact(exact, static_cast<double>(u[i]), static_cast<double>(v[i]));
+                if (projection.isBounded) {
+                    // How far inside the input, or outside if negative; at the edge rounding decides.
+                    const double depth = std::min({p.x, p.y, exact.size[0] - p.x, exact.size[1] - p.y});
+                    if (std::abs(depth) < tolerance)
+                        continue;
+                    ASSERT_EQ(!std::isnan(x[i]), depth > 0.0) << projection.name;
+                    if (depth < 0.0)
+                        continue;
+                }
+                ++inside;
+                ASSERT_NEAR(static_cast<double>(x[i]), p.x, tolerance)
+                    << projection.name << " " << u[i] << " " << v[i];
+                ASSERT_NEAR(static_cast<double>(y[i]), p.y, tolerance)
+                    << projection.name << " " << u[i] << " " << v[i];
+            }
+        }
+        EXPECT_GT(inside, 5000) << projection.name;
+    }
+}
+
+TEST(SoftwareKernels, ProjectionsScaleToThePictureThatTheySample) {
+    const DewarpConstants c = singleViewConstants(640, 480, 0.3F, 1.0F);
+    const float u = 0.3F;
+    const float v = 0.6F;
+    float x = 0;
+    float y = 0;
+    rowKernels().singleView(&c, {&u, &v, 1}, {&x, &y, 320.0F, 960.0F});
+    const Position p = singleView(exactly(c), static_cast<double>(u), static_cast<double>(v));
+    EXPECT_NEAR(static_cast<double>(x), p.x / 2.0, 1e-3);
+    EXPECT_NEAR(static_cast<double>(y), p.y * 2.0, 1e-3);
+}
+
+TEST(SoftwareKernels, ProjectionsSurviveAnyRecord) {
+    std::mt19937 random(3);
+    for (int round = 0; round < 500; ++round) {
+        DewarpConstants c{};
+        std::array<std::uint32_t, sizeof(c) / 4> bits{};
+        for (std::uint32_t& each : bits)
+            each = round % 3 == 0      ? static_cast<std::uint32_t>(random())
+                   : random() % 2 == 0 ? 0x7FC00000U
+                                       : 0x7F800000U;
+        std::memcpy(&c, bits.data(), sizeof(c));
+        const float u[2] = {0.5F, 0.1F};
+        const float v[2] = {0.5F, 0.9F};
+        for (const Projection& projection : projections) {
+            float x[2];
+            float y[2];
+            (rowKernels().*projection.kernel)(&c, {u, v, 2}, {x, y, 100.0F, 50.0F});
+            std::int32_t offsets[2];
+            std::uint16_t fractions[2];
+            rowKernels().pack({x, y, 2, 100, 50, 448, offsets, fractions});
+            for (const std::int32_t offset : offsets) {
+                ASSERT_GE(offset, -1);
+                ASSERT_LE(offset, 49 * 448 + 99 * 4);
+            }
+        }
+    }
+}
+
+TEST(SoftwareKernels, ArcTangentIsExactToSinglePrecision) {
+    for (int i = -2000; i <= 2000; ++i) {
+        const float y = static_cast<float>(std::sin(i * 0.0015708)) * 3.0F;
+        const float x = static_cast<float>(std::cos(i * 0.0015708)) * 3.0F;
+        EXPECT_NEAR(static_cast<double>(arcTangent(y, x)),
+                    std::atan2(static_cast<double>(y), static_cast<double>(x)), 4e-7);
+    }
+    EXPECT_EQ(arcTangent(0.0F, 0.0F), 0.0F);
+}
+
+/// Four channels of the linear mix at a position, pixels from the picture's corner.
+std::array<double, 4> exactMix(const Picture& picture, double x, double y) {
+    const double px = std::clamp(x - 0.5, 0.0, picture.width - 1.0);
+    const double py = std::clamp(y - 0.5, 0.0, picture.height - 1.0);
+    const int x0 = static_cast<int>(px);
+    const int y0 = static_cast<int>(py);
+    const int x1 = std::min(x0 + 1, picture.width - 1);
+    const int y1 = std::min(y0 + 1, picture.height - 1);
+    const auto channels = [&](int cx, int cy) {
+        const Bgra& p = picture.at(cx, cy);
+        return std::array<double, 4>{double(p.blue), double(p.green), double(p.red), double(p.alpha)};
+    };
+    std::array<double, 4> mix{};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const double above = channels(x0, y0)[i] * (1 - (px - x0)) + channels(x1, y0)[i] * (px - x0);
+        const double below = channels(x0, y1)[i] * (1 - (px - x0)) + channels(x1, y1)[i] * (px - x0);
+        mix[i] = above * (1 - (py - y0)) + below * (py - y0);
+    }
+    return mix;
+}
+
+/// A picture in rows with a pitch, and the pixel and row more that sampling may read.
+struct PaddedPicture {
+    std::ptrdiff_t pitch;
+    std::vector<std::uint8_t> bytes;
+
+    explicit PaddedPicture(const Picture& picture)
+        : pitch(picture.width * 4 + 64), bytes(static_cast<std::size_t>(pitch * (picture.height + 1)), 0xEE) {
+        for (int y = 0; y < picture.height; ++y)
+            std::memcpy(bytes.data() + y * pitch, &picture.at(0, y),
+                        static_cast<std::size_t>(picture.width) * 4);
+    }
+};
+
+std::vector<Bgra> sampled(const Picture& picture, const std::vector<float>& x, const std::vector<float>& y) {
+    const PaddedPicture padded(picture);
+    const auto count = static_cast<int>(x.size());
+    std::vector<std::int32_t> offsets(x.size());
+    std::vector<std::uint16_t> fractions(x.size());
+    std::vector<Bgra> pixels(x.size());
+    rowKernels().pack({x.data(), y.data(), count, picture.width, picture.height,
+                       static_cast<std::int32_t>(padded.pitch), offsets.data(), fractions.data()});
+    rowKernels().sample({padded.bytes.data(), padded.pitch, offsets.data(), fractions.data(), count,
+                         0x04030201U, &pixels.data()->blue});
+    return pixels;
+}
+
+TEST(SoftwareKernels, SamplesAreWithinOneLevelOfTheExactMix) {
+    std::mt19937 random(9);
+    for (const auto& [width, height] : {std::pair{1, 1}, {2, 1}, {1, 7}, {37, 23}, {2592, 5}}) {
+        const Picture picture = noisePicture(width, height, 4);
+        std::uniform_real_distribution<float> px(-2.0F, static_cast<float>(width) + 2.0F);
+        std::uniform_real_distribution<float> py(-2.0F, static_cast<float>(height) + 2.0F);
+        std::vector<float> x(3001);
+        std::vector<float> y(3001);
+        for (std::size_t i = 0; i < x.size(); ++i) {
+            x[i] = px(random);
+            y[i] = py(random);
+        }
+        const std::vector<Bgra> pixels = sampled(picture, x, y);
+        for (std::size_t i = 0; i < x.size(); ++i) {
+            const auto mix = exactMix(picture, static_cast<double>(x[i]), static_cast<double>(y[i]));
+            const std::array<int, 4> actual{pixels[i].blue, pixels[i].green, pixels[i].red, pixels[i].alpha};
+            for (std::size_t channel = 0; channel < 4; ++channel)
+                ASSERT_LE(std::abs(actual[channel] - std::lround(mix[channel])), 1) << x[i] << ", " << y[i];
+        }
+    }
+}
+
+TEST(SoftwareKernels, SamplesAtCentresAreThePixelsThemselves) {
+    const Picture picture = noisePicture(50, 40, 2);
+    std::vector<float> x;
+    std::vector<float> y;
+    for (int i = 0; i < 40; ++i) {
+        x.push_back(static_cast<float>(i + 10) + 0.5F);
+        y.push_back(static_cast<float>(i) + 0.5F);
+    }
+    const std::vector<Bgra> pixels = sampled(picture, x, y);
+    for (int i = 0; i < 40; ++i)
+        EXPECT_EQ(pixels[static_cast<std::size_t>(i)], picture.at(i + 10, i));
+}
+
+TEST(SoftwareKernels, WhatIsNoNumberShowsTheOutsideColour) {
+    const Picture picture = noisePicture(4, 4, 2);
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float infinite = std::numeric_limits<float>::infinity();
+    const std::vector<Bgra> pixels =
+        sampled(picture, {nan, 1.0F, infinite, -infinite}, {1.0F, nan, 0.5F, 3.5F});
+    EXPECT_EQ(pixels[0], (Bgra{1, 2, 3, 4}));
+    EXPECT_EQ(pixels[1], (Bgra{1, 2, 3, 4}));
+    EXPECT_EQ(pixels[2], picture.at(3, 0));
+    EXPECT_EQ(pixels[3], picture.at(0, 3));
+}
+
+TEST(SoftwareKernels, TheExcludedEdgesBelongToTheArea) {
+    const ExcludeConstants area{{0.25F, 0.5F, 0.75F, 0.5F}};
+    const float u[] = {0.25F, 0.75F, 0.24F, 0.76F, 0.5F, 0.5F};
+    const float v[] = {0.5F, 0.5F, 0.5F, 0.5F, 0.49F, 0.51F};
+    float x[6];
+    float y[6];
+    rowKernels().excludeRegion(&area, {u, v, 6}, {x, y, 100.0F, 10.0F});
+    EXPECT_TRUE(std::isnan(x[0]));
+    EXPECT_TRUE(std::isnan(x[1]));
+    EXPECT_FLOAT_EQ(x[2], 24.0F);
+    EXPECT_FLOAT_EQ(x[3], 76.0F);
+    EXPECT_FLOAT_EQ(y[4], 4.9F);
+    EXPECT_FLOAT_EQ(y[5], 5.1F);
+}
+
+TEST(SoftwareKernels, TheMarkerIsMixedInByItsAlpha) {
+    const float alpha[] = {0.0F, 0.5F, 1.0F};
+    Bgra pixels[] = {{200, 100, 50, 7}, {200, 100, 50, 7}, {200, 100, 50, 7}};
+    blendOverviewRegion(alpha, 3, &pixels[0].blue);
+    EXPECT_EQ(pixels[0], (Bgra{200, 100, 50, 0}));
+    EXPECT_EQ(pixels[1], (Bgra{100, 50, 153, 128})); // 0.5 · 255 + 25 = 152.5, and 127.5
+    EXPECT_EQ(pixels[2], (Bgra{0, 0, 255, 255}));
+    overviewRegion(alpha, 3, &pixels[0].blue);
+    EXPECT_EQ(pixels[1], (Bgra{0, 0, 255, 128}));
+}
+
+TEST(SoftwareKernels, PixelsAreMixedInByTheirOwnAlpha) {
+    const Bgra source[] = {{10, 20, 30, 255}, {10, 20, 30, 0}, {250, 0, 100, 51}};
+    Bgra target[] = {{1, 2, 3, 4}, {1, 2, 3, 4}, {0, 100, 200, 255}};
+    blend(&source[0].blue, 3, &target[0].blue);
+    EXPECT_EQ(target[0], (Bgra{10, 20, 30, 255}));
+    EXPECT_EQ(target[1], (Bgra{1, 2, 3, 0}));
+    EXPECT_EQ(target[2], (Bgra{50, 80, 180, 51})); // one fifth and four fifths
+}
+
+TEST(SoftwareKernels, StoredColoursSaturateAndRound) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(storedColour({0.2F, 0.4F, 0.6F, 1.0F}), grey);
+    EXPECT_EQ(storedColour({2.0F, -1.0F, nan, 0.501F}), (Bgra{0, 0, 255, 128}));
+}
+
+} // namespace
+} // namespace tarvo::render::software

@@ -1,0 +1,79 @@
+#include "render/software/ThreadPool.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <numeric>
+#include <thread>
+#include <vector>
+
+namespace tarvo::render::software {
+namespace {
+
+TEST(ThreadPool, CallsEveryIndexOnce) {
+    for (const int threads : {1, 2, 3, 7}) {
+        CThreadPool pool(threads);
+        EXPECT_EQ(pool.threadCount(), threads);
+        for (const int count : {0, 1, 2, 5, 1000}) {
+            std::vector<int> calls(static_cast<std::size_t>(count), 0);
+            pool.run(count, [&](int i) noexcept { ++calls[static_cast<std::size_t>(i)]; });
+            EXPECT_EQ(calls, std::vector<int>(static_cast<std::size_t>(count), 1)) << threads << " threads";
+        }
+    }
+}
+
+TEST(ThreadPool, HelpersReallyHelp) {
+    CThreadPool pool(2);
+    // Two calls that wait for one another can only end on two threads.
+    std::atomic<int> arrived{0};
+    pool.run(2, [&](int) noexcept {
+        ++arrived;
+        while (arrived.load() < 2)
+            std::this_thread::yield();
+    });
+    EXPECT_EQ(arrived.load(), 2);
+}
+
+TEST(ThreadPool, WorkFromWithinWorkEnds) {
+    CThreadPool pool(2);
+    std::atomic<int> calls{0};
+    pool.run(8, [&](int) noexcept { pool.run(8, [&](int) noexcept { ++calls; }); });
+    EXPECT_EQ(calls.load(), 64);
+}
+
+TEST(ThreadPool, ServesManyCallersAtOnce) {
+    CThreadPool pool(3);
+    constexpr int rounds = 200;
+    std::vector<std::thread> callers;
+    std::vector<long> sums(4, 0);
+    for (std::size_t caller = 0; caller < sums.size(); ++caller) {
+        callers.emplace_back([&, caller] {
+            for (int round = 0; round < rounds; ++round) {
+                std::vector<long> squares(37);
+                pool.run(37, [&](int i) noexcept {
+                    squares[static_cast<std::size_t>(i)] = static_cast<long>(i) * i;
+                });
+                sums[caller] += std::accumulate(squares.begin(), squares.end(), 0L);
+            }
+        });
+    }
+    for (std::thread& caller : callers)
+        caller.join();
+    // 0² + … + 36² = 36 · 37 · 73 / 6
+    EXPECT_EQ(sums, std::vector<long>(4, 16206L * rounds));
+}
+
+TEST(ThreadPool, IsSharedWhileSomebodyHoldsIt) {
+    std::weak_ptr<CThreadPool> seen;
+    {
+        const std::shared_ptr<CThreadPool> first = CThreadPool::shared();
+        const std::shared_ptr<CThreadPool> second = CThreadPool::shared();
+        EXPECT_EQ(first, second);
+        EXPECT_EQ(first->threadCount(), std::max(1, static_cast<int>(std::thread::hardware_concurrency())));
+        seen = first;
+    }
+    EXPECT_TRUE(seen.expired());
+}
+
+} // namespace
+} // namespace tarvo::render::software
