@@ -179,7 +179,8 @@ TEST(SafeArray, isNotDestroyedWhileLocked) {
 }
 
 TEST(SafeArray, mayLoseItsDataAndLiveOn) {
-    SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, 3);
+    SAFEARRAYBOUND three = bound(0, 3);
+    SAFEARRAY* array = SafeArrayCreate(VT_BSTR, 1, &three);
     ASSERT_NE(array, nullptr);
     LONG index = 1;
     const BSTR text = SysAllocString(OLESTR("text"));
