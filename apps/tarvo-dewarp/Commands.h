@@ -1,5 +1,7 @@
 #pragma once
 
+#include "apps/tarvo-dewarp/FrameRun.h"
+
 #include <functional>
 #include <iosfwd>
 
@@ -19,8 +21,8 @@ struct Command {
 // Each of these adds a command with its options to the program. Reading the arguments and carrying the
 // command out throw UsageError, FileError or std::bad_alloc.
 
-/// `still`: one picture in, one view of it out.
-Command addStillCommand(CLI::App& program);
+/// `still`: one picture in, one view of it out, drawn by the device that the maker gives.
+Command addStillCommand(CLI::App& program, const DeviceMaker& makeDevice);
 
 /// `map-point`: the direction seen at a point of a view.
 Command addMapPointCommand(CLI::App& program);

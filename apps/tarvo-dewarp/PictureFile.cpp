@@ -3,151 +3,31 @@
 #include "apps/tarvo-dewarp/PictureCoding.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <fstream>
 #include <limits>
-#include <random>
-#include <span>
-#include <system_error>
 #include <vector>
 
 namespace tarvo::apps {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string textOf(const fs::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
-/// What the last call into the C library complained about.
-std::string lastReason(const std::string& otherwise) {
-    return errno != 0 ? std::generic_category().message(errno) : otherwise;
-}
-
-void readInto(std::ifstream& stream, std::span<std::uint8_t> bytes, const fs::path& path) {
-    errno = 0;
-    // Streams read chars; any object may be filled through them.
-    stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (stream.gcount() != static_cast<std::streamsize>(bytes.size())) {
-        throw FileError(path, lastReason("it ends while it is being read"));
-    }
-}
-
 /// All bytes of a file that begins like a picture.
-std::vector<std::uint8_t> readPictureBytes(const fs::path& path) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (!fs::exists(status)) {
-        throw FileError(path, error ? error.message() : "No such file or directory");
-    }
-    if (fs::is_directory(status)) {
-        throw FileError(path, "it is a directory");
-    }
-    // Pipes and devices could block or never end.
-    if (!fs::is_regular_file(status)) {
-        throw FileError(path, "it is not an ordinary file");
-    }
-    const std::uintmax_t size = fs::file_size(path, error);
-    if (error) {
-        throw FileError(path, error.message());
-    }
-    if (size == 0) {
-        throw FileError(path, "it is empty");
-    }
-    errno = 0;
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream) {
-        throw FileError(path, lastReason("it cannot be opened"));
-    }
+std::vector<std::uint8_t> readPictureBytes(const std::filesystem::path& path) {
+    const std::uintmax_t size = ordinaryFileSize(path);
     // A look at the beginning spares reading gigabytes of something else.
-    std::vector<std::uint8_t> bytes(std::min<std::uintmax_t>(size, pictureSignatureLength));
-    readInto(stream, bytes, path);
-    if (!beginsLikePicture(bytes)) {
+    const auto begun = static_cast<std::size_t>(std::min<std::uintmax_t>(size, pictureSignatureLength));
+    if (!beginsLikePicture(readBeginning(path, begun))) {
         throw FileError(path, "it is not a PNG, JPEG, binary PGM or binary PPM picture");
     }
     if (size > std::numeric_limits<int>::max()) {
         throw FileError(path, "it is larger than any picture that can be read");
     }
-    const std::size_t begun = bytes.size();
-    bytes.resize(static_cast<std::size_t>(size));
-    readInto(stream, std::span(bytes).subspan(begun), path);
-    return bytes;
+    return readBeginning(path, static_cast<std::size_t>(size));
 }
-
-/// Where a link leads: it stays a link when the file behind it is replaced.
-fs::path linkedTarget(const fs::path& path) {
-    std::error_code error;
-    if (!fs::is_symlink(fs::symlink_status(path, error))) {
-        return path;
-    }
-    const fs::path target = fs::canonical(path, error);
-    if (error) {
-        throw FileError(path, error.message());
-    }
-    return target;
-}
-
-/// A new file beside the target that vanishes unless it is made to replace it.
-class CReplacement {
-public:
-    explicit CReplacement(const fs::path& target) : m_target(target), m_path(target.parent_path()) {
-        std::random_device random;
-        std::array<char, 32> name{};
-        std::snprintf(name.data(), name.size(), ".tarvo-%08x%08x.tmp", random(), random());
-        m_path /= name.data();
-    }
-    ~CReplacement() {
-        m_stream.close();
-        std::error_code ignored;
-        fs::remove(m_path, ignored);
-    }
-    CReplacement(const CReplacement&) = delete;
-    CReplacement& operator=(const CReplacement&) = delete;
-
-    void write(std::span<const std::uint8_t> bytes) {
-        errno = 0;
-        m_stream.open(m_path, std::ios::binary | std::ios::trunc);
-        if (m_stream) {
-            m_stream.write(reinterpret_cast<const char*>(bytes.data()),
-                           static_cast<std::streamsize>(bytes.size()));
-            // Only closing tells whether everything arrived.
-            m_stream.close();
-        }
-        if (!m_stream) {
-            throw FileError(m_target, lastReason("it cannot be written"));
-        }
-    }
-
-    void replaceTarget() {
-        std::error_code error;
-        fs::rename(m_path, m_target, error);
-        if (error) {
-            throw FileError(m_target, error.message());
-        }
-    }
-
-private:
-    fs::path m_target;
-    fs::path m_path;
-    std::ofstream m_stream;
-};
 
 } // namespace
 
-FileError::FileError(const fs::path& path, const std::string& reason)
-    : std::runtime_error(textOf(path) + ": " + reason) {}
-
-fs::path pathFromText(const std::string& text) {
-    return std::u8string(text.begin(), text.end());
-}
-
-render::Picture readPicture(const fs::path& path) {
+render::Picture readPicture(const std::filesystem::path& path) {
     const std::vector<std::uint8_t> bytes = readPictureBytes(path);
     try {
         return decodePicture(bytes);
@@ -156,28 +36,9 @@ render::Picture readPicture(const fs::path& path) {
     }
 }
 
-void checkTarget(const fs::path& path) {
-    const fs::path target = linkedTarget(path);
-    std::error_code error;
-    const fs::file_status status = fs::status(target, error);
-    if (fs::is_directory(status)) {
-        throw FileError(path, "it is a directory");
-    }
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        throw FileError(path, "it is not an ordinary file");
-    }
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    if (!fs::is_directory(folder, error)) {
-        throw FileError(path, "there is no directory " + textOf(folder));
-    }
-}
-
-void writePng(const fs::path& path, const render::Picture& picture) {
+void writePng(const std::filesystem::path& path, const render::Picture& picture) {
     checkTarget(path);
-    const std::vector<std::uint8_t> bytes = encodePng(picture);
-    CReplacement replacement(linkedTarget(path));
-    replacement.write(bytes);
-    replacement.replaceTarget();
+    writeWholeFile(path, encodePng(picture));
 }
 
 } // namespace tarvo::apps

@@ -1,9 +1,10 @@
 #include "apps/tarvo-dewarp/Commands.h"
+#include "apps/tarvo-dewarp/FrameCoding.h"
+#include "apps/tarvo-dewarp/FrameRun.h"
+#include "apps/tarvo-dewarp/FrameSettings.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
 #include "apps/tarvo-dewarp/OutputArgument.h"
-#include "apps/tarvo-dewarp/PictureFile.h"
 #include "apps/tarvo-dewarp/ViewSettings.h"
-#include "render/reference/ReferenceRenderer.h"
 
 #include <memory>
 #include <string>
@@ -12,41 +13,56 @@ namespace tarvo::apps {
 namespace {
 
 struct StillSettings {
-    std::string input;
+    std::filesystem::path input;
     std::filesystem::path output;
+    FrameSettings frames;
     ViewSettings view;
     bool isBypassed = false;
 };
 
-void makeStill(const StillSettings& settings) {
-    const render::Picture input = readPicture(pathFromText(settings.input));
-    const geometry::CViewState view = makeView(
-        settings.view, {static_cast<std::uint32_t>(input.width), static_cast<std::uint32_t>(input.height)});
+void makeStill(const StillSettings& settings, const DeviceMaker& makeDevice) {
+    const InputFrame input = readInputFrame(settings.input, settings.frames);
+    const geometry::CViewState view =
+        makeView(settings.view, {static_cast<std::uint32_t>(input.format.width),
+                                 static_cast<std::uint32_t>(input.format.height)});
     checkTarget(settings.output);
-    writePng(settings.output, render::reference::renderView(view, input, settings.isBypassed));
+    const geometry::PictureSize size = view.outputSize();
+    const render::OutputFormat output =
+        outputFrameFormat(settings.frames.outputFormat, static_cast<int>(size.width),
+                          static_cast<int>(size.height), settings.frames.isOutputBottomUp);
+    writeOutputFrame(settings.output, runFrame(makeDevice, input, output, view, settings.isBypassed), output);
 }
 
 } // namespace
 
-Command addStillCommand(CLI::App& program) {
+Command addStillCommand(CLI::App& program, const DeviceMaker& makeDevice) {
+    const std::string name = program.get_name();
     const auto settings = std::make_shared<StillSettings>();
     CLI::App& command = *program.add_subcommand("still", "Dewarp one fisheye picture.");
-    command
-        .add_option("INPUT", settings->input,
-                    "Fisheye picture: PNG, JPEG, binary PGM or binary PPM, each side up to\n16384 pixels.")
-        ->type_name("FILE")
+    addValue(
+        command, "INPUT", settings->input,
+        [](const std::string&, const std::string& text) { return pathFromText(text); }, "FILE",
+        "Fisheye picture: PNG, JPEG, binary PGM or binary PPM, each side up to\n16384 pixels; or a frame's "
+        "bytes, in a file whose name ends in .raw.")
         ->required();
-    addOutputArgument(command, settings->output);
+    addValue(
+        command, "OUTPUT", settings->output, readPictureOrFramePath, "FILE",
+        "Picture to write, its name ending in .png, or the delivered bytes, ending\nin .raw. An existing "
+        "file is replaced.")
+        ->required();
     addViewOptions(command, settings->view);
     command
         .add_flag("--bypass", settings->isBypassed,
                   "Only scale the input into the output, with black bars where the shapes\n"
                   "differ.")
         ->group("View");
+    addFrameOptions(command, settings->frames);
     command.footer("Example: look down to the right from the ceiling\n"
-                   "  tarvo-dewarp still fisheye.png view.png --tilt-orientation ceiling --pan 45 --tilt -35 "
+                   "  " +
+                   name +
+                   " still fisheye.png view.png --tilt-orientation ceiling --pan 45 --tilt -35 "
                    "--field-of-view 25");
-    return {&command, [settings](std::ostream&) { makeStill(*settings); }};
+    return {&command, [settings, makeDevice](std::ostream&) { makeStill(*settings, makeDevice); }};
 }
 
 } // namespace tarvo::apps

@@ -155,9 +155,12 @@ TEST(Arguments, thatFitNoCommandAreUsageErrors) {
         std::string message;
     };
     const std::vector<Case> cases{
-        {{}, "no command was given; give still, map-point or scene"},
+        {{},
+         "no command was given; give still, map-point, scene, tables, tables-from-remap or tables-to-remap"},
         {{""}, "\"\" is no command"},
-        {{"stil"}, "\"stil\" is no command; give still, map-point or scene"},
+        {{"stil"},
+         "\"stil\" is no command; give still, map-point, scene, tables, tables-from-remap or "
+         "tables-to-remap"},
         {{"--frobnicate"}, "tarvo-dewarp --help"},
         {{"still"}, "INPUT is required; see tarvo-dewarp still --help"},
         {{"still", "in.png"}, "OUTPUT is required"},
@@ -167,7 +170,7 @@ TEST(Arguments, thatFitNoCommandAreUsageErrors) {
         {{"still", "in.png", "out.png", "--pan"}, "--pan: 1 required"},
         {{"still", "in.png", "out.png", "--pan", "1", "--pan", "2"}, "--pan: "},
         {{"still", "in.png", "out.png", "--bypass=perhaps"}, "--bypass"},
-        {{"still", "in.png", "out.png", "--input-size", "4x3"}, "not expected: "},
+        {{"still", "in.png", "out.png", "--size", "4x3"}, "not expected: "},
         {{"map-point", "0.5"}, "Y is required; see tarvo-dewarp map-point --help"},
         {{"map-point", "-inf", "0.5"}, "\"-inf\""},
         {{"map-point", "0.5", "0.5", "--bypass"}, "not expected: --bypass"},

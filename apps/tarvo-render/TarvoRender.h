@@ -1,0 +1,14 @@
+#pragma once
+
+#include "apps/tarvo-dewarp/Program.h"
+
+#include <iosfwd>
+#include <span>
+#include <string>
+
+namespace tarvo::apps {
+
+/// The whole program `tarvo-render`, as runProgram() does it.
+int runTarvoRender(std::span<const std::string> arguments, std::ostream& out, std::ostream& err);
+
+} // namespace tarvo::apps
