@@ -58,4 +58,11 @@ constexpr PlaneFormat yv12Plane(const InputFormat& input, int plane) {
     return {width / 2, height / 2, lumaStride / 2, lumaBytes / 4};
 }
 
+/// Bytes of a packed YUY2 frame that any pixel is read from: a frame may claim to be larger than its picture.
+constexpr std::uint32_t yuy2PictureBytes(const InputFormat& input) {
+    const std::uint64_t words =
+        (static_cast<std::uint64_t>(input.width) * static_cast<std::uint64_t>(input.height) + 1) / 2;
+    return words * 4 < input.frameBytes ? static_cast<std::uint32_t>(words * 4) : input.frameBytes;
+}
+
 } // namespace tarvo::render

@@ -84,7 +84,7 @@ HRESULT CReferenceDevice::open(const InputFormat& input, const OutputFormat& out
         return result;
     }
     if (input.format == PixelFormat::yuy2) {
-        result = m_surfaces.createPackedInput(input.frameBytes);
+        result = m_surfaces.createPackedInput(yuy2PictureBytes(input));
         if (FAILED(result)) {
             m_log.failedCall("CDewarpingTransform::CreateStructuredBuffer()", __LINE__, result);
             close();

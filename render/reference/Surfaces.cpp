@@ -80,8 +80,8 @@ HRESULT CSurfaces::createTextures(const InputFormat& input, const OutputFormat& 
     return result;
 }
 
-HRESULT CSurfaces::createPackedInput(std::uint32_t frameBytes) {
-    const std::size_t words = frameBytes / 4;
+HRESULT CSurfaces::createPackedInput(std::uint32_t byteCount) {
+    const std::size_t words = byteCount / 4;
     if (words == 0) {
         return E_INVALIDARG;
     }

@@ -27,7 +27,7 @@ public:
     /// The targets, the input picture and its masked copy, and the planes of YV12 input.
     HRESULT createTextures(const InputFormat& input, const OutputFormat& output);
     /// Room for the whole words of a frame; E_INVALIDARG when there is none.
-    HRESULT createPackedInput(std::uint32_t frameBytes);
+    HRESULT createPackedInput(std::uint32_t byteCount);
     /// None for an empty box.
     HRESULT createExcludeArea(const geometry::PixelBox& box);
     /// Keeps the tables that have the size already.

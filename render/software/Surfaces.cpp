@@ -39,7 +39,7 @@ CSurfaces::CSurfaces(const InputFormat& input, const OutputFormat& output, const
                 std::make_unique<CInputPlane>(plane.width, static_cast<int>(plane.height), memory);
         }
     } else if (input.format == PixelFormat::yuy2) {
-        m_planes[packedPlane] = std::make_unique<CInputPlane>(input.frameBytes, 1, memory);
+        m_planes[packedPlane] = std::make_unique<CInputPlane>(yuy2PictureBytes(input), 1, memory);
     }
     const Shown blank = whole(m_store.filled(input.width, input.height, Bgra{}));
     m_shown[0] = m_shown[1] = m_shown[2] = blank;

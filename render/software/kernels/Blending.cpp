@@ -5,13 +5,19 @@
 namespace tarvo::render::software {
 namespace {
 
-std::uint8_t level(float value) {
-    const float saturated = value > 0.0F ? (value < 1.0F ? value : 1.0F) : 0.0F;
-    return static_cast<std::uint8_t>(saturated * 255.0F + 0.5F);
+/// Saturated like what a target of 8 bits is given: at the corners of a sliver, alpha goes on far beyond the
+/// values of the vertices. What is no number becomes 0.
+float saturated(float value) {
+    return value > 0.0F ? (value < 1.0F ? value : 1.0F) : 0.0F;
 }
 
-void blendPixel(float blue, float green, float red, float alpha, std::uint8_t* target) {
+std::uint8_t level(float value) {
+    return static_cast<std::uint8_t>(saturated(value) * 255.0F + 0.5F);
+}
+
+void blendPixel(float blue, float green, float red, float unboundedAlpha, std::uint8_t* target) {
     constexpr float unit = 1.0F / 255.0F;
+    const float alpha = saturated(unboundedAlpha);
     const auto mixed = [alpha](float over, std::uint8_t under) {
         return level(alpha * over + (1.0F - alpha) * (static_cast<float>(under) * unit));
     };

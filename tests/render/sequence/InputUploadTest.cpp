@@ -187,5 +187,16 @@ TEST_F(InputUploadTest, otherFormatsAreLeftAlone) {
     EXPECT_TRUE(upload({static_cast<PixelFormat>(0), 4, 4, 4, 24, false}, 24).empty());
 }
 
+TEST(FrameFormat, aYuy2PictureNeedsNoMoreThanItsPixels) {
+    const auto bytes = [](int width, int height, std::uint32_t frameBytes) {
+        return yuy2PictureBytes({PixelFormat::yuy2, width, height, 0, frameBytes, false});
+    };
+    EXPECT_EQ(bytes(6, 4, 48), 48U);
+    EXPECT_EQ(bytes(6, 4, 47), 47U);
+    EXPECT_EQ(bytes(6, 4, 0xFFFFFFFF), 48U);
+    EXPECT_EQ(bytes(5, 3, 100), 32U); // 15 pixels in 8 words
+    EXPECT_EQ(bytes(0x7FFFFFFF, 0x7FFFFFFF, 0xFFFFFFFF), 0xFFFFFFFFU);
+}
+
 } // namespace
 } // namespace tarvo::render

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <random>
 #include <tuple>
@@ -340,6 +341,15 @@ TEST(SoftwareKernels, TheMarkerIsMixedInByItsAlpha) {
     EXPECT_EQ(pixels[2], (Bgra{0, 0, 255, 255}));
     overviewRegion(alpha, 3, &pixels[0].blue);
     EXPECT_EQ(pixels[1], (Bgra{0, 0, 255, 128}));
+}
+
+TEST(SoftwareKernels, AnAlphaBeyondItsRangeIsSaturatedBeforeItMixes) {
+    const float alpha[] = {-0.4F, 1.5F, std::numeric_limits<float>::quiet_NaN()};
+    Bgra pixels[] = {{200, 100, 50, 7}, {200, 100, 50, 7}, {200, 100, 50, 7}};
+    blendOverviewRegion(alpha, 3, &pixels[0].blue);
+    EXPECT_EQ(pixels[0], (Bgra{200, 100, 50, 0}));
+    EXPECT_EQ(pixels[1], (Bgra{0, 0, 255, 255}));
+    EXPECT_EQ(pixels[2], (Bgra{200, 100, 50, 0}));
 }
 
 TEST(SoftwareKernels, PixelsAreMixedInByTheirOwnAlpha) {
