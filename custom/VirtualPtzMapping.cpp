@@ -1,5 +1,6 @@
 #include "custom/VirtualPtzMapping.h"
 
+#include "custom/SinglePrecision.h"
 #include "geometry/Angles.h"
 
 #include <cmath>
@@ -14,7 +15,7 @@ struct Spherical {
 };
 
 float singleRadians(double degrees) {
-    return static_cast<float>(geometry::radiansFromDegrees(degrees));
+    return single(geometry::radiansFromDegrees(degrees));
 }
 
 float singleDegrees(float radians) {
@@ -66,7 +67,7 @@ VirtualPtzView virtualPtzView(const VirtualPtzSettings& settings) {
             .fieldOfView = singleRadians(settings.fieldOfView),
             .pitch = singleRadians(settings.cameraPitch),
             .roll = singleRadians(settings.cameraRoll),
-            .effectLevel = static_cast<float>(settings.effectLevel)};
+            .effectLevel = single(settings.effectLevel)};
 }
 
 PanoramaDirection mapToPanorama(const VirtualPtzView& view, float x, float y, Straightening straightening) {

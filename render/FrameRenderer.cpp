@@ -246,11 +246,15 @@ void CFrameRenderer::draw(const Pass& pass) {
 }
 
 HRESULT CFrameRenderer::ReadBackOutputFrame(std::span<std::byte> output, IMappedRowsVisitor* observer) {
+    COutputDelivery delivery(m_output, output, observer, m_log);
+    return ReadBackPicture(delivery);
+}
+
+HRESULT CFrameRenderer::ReadBackPicture(IMappedRowsVisitor& visitor) {
     if (!isOpen()) {
         return E_FAIL;
     }
-    COutputDelivery delivery(m_output, output, observer, m_log);
-    const HRESULT result = m_device->readBack(delivery);
+    const HRESULT result = m_device->readBack(visitor);
     if (result == DXGI_ERROR_DEVICE_REMOVED || result == DXGI_ERROR_DEVICE_RESET) {
         close();
     }

@@ -65,6 +65,14 @@ public:
     /// frame may open it anew.
     HRESULT ReadBackOutputFrame(std::span<std::byte> output, IMappedRowsVisitor* observer);
 
+    /// Shows the rendered picture to a visitor, whose result it answers with; E_FAIL without a device. Else as
+    /// ReadBackOutputFrame.
+    HRESULT ReadBackPicture(IMappedRowsVisitor& visitor);
+
+    /// How the frames that go out lie in memory from now on. The picture keeps its size, whatever the format
+    /// says of one.
+    void setOutputFormat(const OutputFormat& output) { m_output = output; }
+
 private:
     HRESULT readyDevice(const geometry::CViewState& view, IShader& shader);
     HRESULT ConvertYUVToRGB32();

@@ -36,6 +36,10 @@ HRESULT COutputDelivery::deliver(const MappedRows& rows) const {
 
 HRESULT COutputDelivery::deliverRgb32(const MappedRows& rows) const {
     const std::size_t stride = m_format.strideBytes;
+    // Rows of no bytes ask for nothing, and a buffer of none may be nowhere.
+    if (stride == 0) {
+        return S_OK;
+    }
     const auto height = static_cast<std::size_t>(rows.height);
     const std::size_t lastRow = (height - 1) * stride;
     // The last row needs no room behind its pixels; with less stride than a row takes, rows are cut off.

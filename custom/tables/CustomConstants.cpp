@@ -1,30 +1,16 @@
 #include "custom/tables/CustomConstants.h"
 
-#include "geometry/Angles.h"
+#include "custom/SinglePrecision.h"
+#include "custom/VirtualPtzMapping.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <limits>
 
 namespace tarvo::custom {
-namespace {
-
-/// What is no number stays none; the programs show black for it.
-float single(double value) {
-    constexpr auto largest = static_cast<double>(std::numeric_limits<float>::max());
-    return static_cast<float>(std::clamp(value, -largest, largest));
-}
-
-float radians(double degrees) {
-    return single(geometry::radiansFromDegrees(degrees));
-}
-
-} // namespace
 
 render::CustomTransformConstants customTransformConstants(const TableDimensions& dimensions,
-                                                          const CustomViewRectangle& view,
-                                                          float outputAspect) {
+                                                          const BoundedRectangle& view, float outputAspect) {
     render::CustomTransformConstants record{};
     record.viewRect[0] = single(view.left);
     record.viewRect[1] = single(view.top);
@@ -55,22 +41,24 @@ render::CustomTransformConstants customTransformConstants(const TableDimensions&
 }
 
 render::VirtualPtzConstants virtualPtzConstants(const TableDimensions& dimensions,
-                                                const CustomViewRectangle& view, float outputAspect,
-                                                const VirtualPtzValues& values) {
+                                                const BoundedRectangle& view, float outputAspect,
+                                                const VirtualPtzSettings& settings) {
     const render::CustomTransformConstants common = customTransformConstants(dimensions, view, outputAspect);
     render::VirtualPtzConstants record{};
     static_assert(offsetof(render::VirtualPtzConstants, inputFov) ==
                   offsetof(render::CustomTransformConstants, padding));
     std::memcpy(&record, &common, offsetof(render::VirtualPtzConstants, inputFov));
-    record.inputFov[0] = radians(values.panoramaHorizontalFieldOfViewDegrees);
-    record.inputFov[1] = radians(values.panoramaVerticalFieldOfViewDegrees);
+    // The numbers that the mapping of single points computes with.
+    const VirtualPtzView camera = virtualPtzView(settings);
+    record.inputFov[0] = camera.panoramaHorizontalFieldOfView;
+    record.inputFov[1] = camera.panoramaVerticalFieldOfView;
     record.outputAR = outputAspect;
-    record.panTiltFov[0] = radians(values.panDegrees);
-    record.panTiltFov[1] = radians(values.tiltDegrees);
-    record.panTiltFov[2] = radians(values.fieldOfViewDegrees);
-    record.pitchRoll[0] = radians(values.cameraPitchDegrees);
-    record.pitchRoll[1] = radians(values.cameraRollDegrees);
-    record.effectLevel = single(values.effectLevel);
+    record.panTiltFov[0] = camera.pan;
+    record.panTiltFov[1] = camera.tilt;
+    record.panTiltFov[2] = camera.fieldOfView;
+    record.pitchRoll[0] = camera.pitch;
+    record.pitchRoll[1] = camera.roll;
+    record.effectLevel = camera.effectLevel;
     return record;
 }
 

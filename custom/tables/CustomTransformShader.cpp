@@ -135,14 +135,14 @@ void CCustomTransformShader::setOutputAspect(float outputAspect) {
     m_controlValues.outputAspect = outputAspect;
 }
 
-void CCustomTransformShader::setViewRectangle(const CustomViewRectangle& rectangle) {
+void CCustomTransformShader::setViewRectangle(const BoundedRectangle& rectangle) {
     const std::scoped_lock lock(m_controlLock);
     m_controlValues.viewRectangle = rectangle;
 }
 
-void CCustomTransformShader::setVirtualPtz(const VirtualPtzValues& values) {
+void CCustomTransformShader::setVirtualPtz(const VirtualPtzSettings& settings) {
     const std::scoped_lock lock(m_controlLock);
-    m_controlValues.virtualPtz = values;
+    m_controlValues.virtualPtz = settings;
 }
 
 bool CCustomTransformShader::isVirtualPtz() const {

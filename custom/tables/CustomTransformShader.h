@@ -52,15 +52,15 @@ public:
     /// Any thread. Output width / height; what is no positive finite number is ignored. 1 at first.
     void setOutputAspect(float outputAspect);
     /// Any thread.
-    void setViewRectangle(const CustomViewRectangle& rectangle);
-    /// Any thread.
-    void setVirtualPtz(const VirtualPtzValues& values);
+    void setViewRectangle(const BoundedRectangle& rectangle);
+    /// Any thread. The aspect in the settings does not count here.
+    void setVirtualPtz(const VirtualPtzSettings& settings);
 
 private:
     struct ControlValues {
         float outputAspect = 1.0F;
-        CustomViewRectangle viewRectangle;
-        VirtualPtzValues virtualPtz;
+        BoundedRectangle viewRectangle;
+        VirtualPtzSettings virtualPtz;
     };
 
     bool isVirtualPtz() const;

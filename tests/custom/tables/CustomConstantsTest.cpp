@@ -12,7 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr CustomViewRectangle wholePicture;
+constexpr BoundedRectangle wholePicture;
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
 TEST(CustomConstants, ofDigitalZoom) {
@@ -38,15 +38,15 @@ TEST(CustomConstants, keepTheShapeOfTheTables) {
 }
 
 TEST(CustomConstants, ofVirtualPtz) {
-    VirtualPtzValues values;
-    values.panoramaHorizontalFieldOfViewDegrees = 360.0;
-    values.panoramaVerticalFieldOfViewDegrees = 90.0;
-    values.cameraPitchDegrees = -30.0;
-    values.cameraRollDegrees = 7.25;
+    VirtualPtzSettings values;
+    values.panoramaHorizontalFieldOfView = 360.0;
+    values.panoramaVerticalFieldOfView = 90.0;
+    values.cameraPitch = -30.0;
+    values.cameraRoll = 7.25;
     values.effectLevel = 0.5;
-    values.panDegrees = -170.0;
-    values.tiltDegrees = 12.5;
-    values.fieldOfViewDegrees = 60.0;
+    values.pan = -170.0;
+    values.tilt = 12.5;
+    values.fieldOfView = 60.0;
     const auto record = virtualPtzConstants({2, 4, 2}, {0.0, 0.5, 1.0, 1.0}, 1.5F, values);
     // Degrees become radians in double precision, with pi as single precision has it.
     const auto radians = [](double degrees) {
@@ -68,7 +68,7 @@ TEST(CustomConstants, ofVirtualPtz) {
 }
 
 TEST(CustomConstants, ofBothBeginTheSame) {
-    const CustomViewRectangle view{0.1, 0.2, 0.3, 0.4};
+    const BoundedRectangle view{0.1, 0.2, 0.3, 0.4};
     const auto zoom = customTransformConstants({9, 33, 21}, view, 1.77F);
     const auto ptz = virtualPtzConstants({9, 33, 21}, view, 1.77F, {});
     EXPECT_EQ(std::memcmp(&zoom, &ptz, 56), 0);
@@ -81,9 +81,9 @@ TEST(CustomConstants, takeAnyValue) {
     EXPECT_EQ(zoom.viewRect[0], largest);
     EXPECT_EQ(zoom.viewRect[1], -largest);
     EXPECT_TRUE(std::isnan(zoom.viewRect[2]));
-    VirtualPtzValues values;
-    values.panDegrees = -infinite;
-    values.tiltDegrees = NAN;
+    VirtualPtzSettings values;
+    values.pan = -infinite;
+    values.tilt = NAN;
     const auto ptz = virtualPtzConstants({1, 2, 2}, wholePicture, 1.0F, values);
     EXPECT_EQ(ptz.panTiltFov[0], -largest);
     EXPECT_TRUE(std::isnan(ptz.panTiltFov[1]));

@@ -247,8 +247,8 @@ TEST_F(CustomTransformShader, changesProgramAndRecordWithTheControl) {
     setTables(twoTables, twoTableEntries);
     shader.initialise(device);
     takeCalls();
-    VirtualPtzValues values;
-    values.panDegrees = 45.0;
+    VirtualPtzSettings values;
+    values.pan = 45.0;
     shader.setVirtualPtz(values);
     EXPECT_EQ(shader.setControlType(CustomTransformControlType::digitalZoom), S_OK);
     EXPECT_THAT(takeCalls(), IsEmpty());
@@ -283,7 +283,7 @@ TEST_F(CustomTransformShader, drawsTheNextFrameWithWhatWasSet) {
     EXPECT_THAT(zoom.projectionRect, ElementsAre(-0.5F, 0.0F, 2.0F, 1.0F));
 
     shader.setControlType(CustomTransformControlType::virtualPtzFromPanorama);
-    VirtualPtzValues values;
+    VirtualPtzSettings values;
     values.effectLevel = 0.25;
     shader.setVirtualPtz(values);
     ASSERT_EQ(shader.pixelShader(use), S_OK);

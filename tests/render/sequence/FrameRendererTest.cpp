@@ -267,6 +267,41 @@ TEST_F(FrameRendererTest, thePictureIsReadBackInTheOutputFormat) {
     EXPECT_TRUE(renderer.isOpen());
 }
 
+TEST_F(FrameRendererTest, theOutputFormatMayChangeWithoutANewDevice) {
+    output = {PixelFormat::rgb32, 2, 2, 8, true};
+    ASSERT_EQ(init(), S_OK);
+    device.picture = countingBytes(16);
+    std::vector<std::byte> outputBytes(24);
+    renderer.setOutputFormat({PixelFormat::rgb32, 2, 2, 12, false});
+    EXPECT_EQ(renderer.ReadBackOutputFrame(outputBytes, nullptr), S_OK);
+    const auto all = countingBytes(16);
+    EXPECT_TRUE(std::equal(all.begin(), all.begin() + 8, outputBytes.begin()));
+    EXPECT_TRUE(std::equal(all.begin() + 8, all.end(), outputBytes.begin() + 12));
+    EXPECT_EQ(device.count(Verb::open), 1);
+}
+
+TEST_F(FrameRendererTest, thePictureIsShownToWhoeverAsks) {
+    class CVisitor final : public IMappedRowsVisitor {
+    public:
+        HRESULT visit(const MappedRows& rows) override {
+            seen = rows;
+            return S_FALSE;
+        }
+        MappedRows seen;
+    };
+    CVisitor visitor;
+    EXPECT_EQ(renderer.ReadBackPicture(visitor), E_FAIL) << "without a device";
+    output = {PixelFormat::rgb32, 2, 2, 8, true};
+    ASSERT_EQ(init(), S_OK);
+    EXPECT_EQ(renderer.ReadBackPicture(visitor), S_FALSE) << "the visitor's answer";
+    EXPECT_EQ(visitor.seen.data, device.picture.data());
+    EXPECT_EQ(visitor.seen.width, 2);
+    EXPECT_EQ(visitor.seen.height, 2);
+    device.fail(Verb::readBack, static_cast<HRESULT>(0x887A0005U));
+    EXPECT_EQ(renderer.ReadBackPicture(visitor), static_cast<HRESULT>(0x887A0005U));
+    EXPECT_FALSE(renderer.isOpen());
+}
+
 TEST_F(FrameRendererTest, aDeviceThatWasRemovedIsClosed) {
     std::vector<std::byte> outputBytes(128 * 24, std::byte{9});
     for (const std::uint32_t code : {0x887A0005U, 0x887A0007U}) {
