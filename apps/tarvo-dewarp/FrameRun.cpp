@@ -14,9 +14,8 @@
 #include <string>
 
 namespace tarvo::apps {
-namespace {
 
-void require(HRESULT result, const char* step) {
+void requireStep(HRESULT result, const char* step) {
     if (FAILED(result)) {
         char code[16];
         std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(result));
@@ -25,7 +24,10 @@ void require(HRESULT result, const char* step) {
     }
 }
 
-} // namespace
+diagnostics::ObjectLog openRendererLog() {
+    return {diagnostics::moduleLog,
+            diagnostics::moduleLog.Register("TvVideoTransform", "TARVO Dewarping Transform DMO")};
+}
 
 std::unique_ptr<render::IRenderDevice> makeUsualDevice(const diagnostics::ObjectLog& log) {
 #ifdef _WIN32
@@ -36,23 +38,24 @@ std::unique_ptr<render::IRenderDevice> makeUsualDevice(const diagnostics::Object
 #endif
 }
 
-std::vector<std::byte> runFrame(const DeviceMaker& makeDevice, const InputFrame& input,
-                                const render::OutputFormat& output, const geometry::CViewState& view,
-                                bool isBypassed) {
-    const diagnostics::ObjectLog log{
-        diagnostics::moduleLog,
-        diagnostics::moduleLog.Register("TvVideoTransform", "TARVO Dewarping Transform DMO")};
-    std::vector<std::byte> delivered(frameBytes(output));
-    // Outlives the renderer, which tells it when the device goes.
-    render::CDewarpPixelShader shader(view.parameters(), log);
+std::vector<std::byte> runFrame(const DeviceMaker& makeDevice, const diagnostics::ObjectLog& log,
+                                const FrameJob& job) {
+    std::vector<std::byte> delivered(frameBytes(job.output));
+    // Both shaders outlive the renderer, which tells its one when the device goes.
+    render::CDewarpPixelShader dewarpShader(job.view.parameters(), log);
+    render::IShader* shader = &dewarpShader;
+    if (job.customShader != nullptr) {
+        shader = job.customShader;
+    }
     render::CFrameRenderer renderer(makeDevice(log), log);
     if (!renderer.isAvailable()) {
         throw RenderError("DirectX 11 is not installed");
     }
-    require(renderer.InitDirect3D(input.format, output, view, shader), "opening the render device");
-    require(renderer.UploadInputFrame(input.bytes), "handing over the frame");
-    require(renderer.RenderFrame(view, shader, isBypassed), "rendering");
-    require(renderer.ReadBackOutputFrame(delivered, nullptr), "reading the picture back");
+    requireStep(renderer.InitDirect3D(job.input.format, job.output, job.view, *shader),
+                "opening the render device");
+    requireStep(renderer.UploadInputFrame(job.input.bytes), "handing over the frame");
+    requireStep(renderer.RenderFrame(job.view, *shader, job.isBypassed), "rendering");
+    requireStep(renderer.ReadBackOutputFrame(delivered, nullptr), "reading the picture back");
     return delivered;
 }
 

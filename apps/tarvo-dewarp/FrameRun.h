@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/tarvo-dewarp/FrameSettings.h"
+#include "custom/tables/CustomTransformShader.h"
 #include "diagnostics/ObjectLog.h"
 #include "geometry/ViewState.h"
 #include "render/FrameFormat.h"
@@ -25,10 +26,23 @@ using DeviceMaker = std::function<std::unique_ptr<render::IRenderDevice>(const d
 /// The device that the component itself would render with on this system.
 std::unique_ptr<render::IRenderDevice> makeUsualDevice(const diagnostics::ObjectLog& log);
 
+/// The log as the renderer of this program writes to it.
+diagnostics::ObjectLog openRendererLog();
+
+/// Throws RenderError, which names the step, when it failed.
+void requireStep(HRESULT result, const char* step);
+
+struct FrameJob {
+    const InputFrame& input;
+    render::OutputFormat output;
+    const geometry::CViewState& view;
+    custom::CCustomTransformShader* customShader = nullptr; ///< draws the custom view, which needs it
+    bool isBypassed = false;
+};
+
 /// Runs one frame through a device; the result is the output buffer as a host gets it. Throws RenderError,
 /// std::bad_alloc.
-std::vector<std::byte> runFrame(const DeviceMaker& makeDevice, const InputFrame& input,
-                                const render::OutputFormat& output, const geometry::CViewState& view,
-                                bool isBypassed);
+std::vector<std::byte> runFrame(const DeviceMaker& makeDevice, const diagnostics::ObjectLog& log,
+                                const FrameJob& job);
 
 } // namespace tarvo::apps

@@ -77,7 +77,7 @@ Command addMapPointCommand(CLI::App& program) {
         .add_flag("--ignore-overview-map", settings->ignoresOverview,
                   "In singleOverview, look past the overview that covers the view.")
         ->excludes(toOverview);
-    addViewOptions(command, settings->view);
+    addViewOptions(command, settings->view, CustomView::refused);
     command.footer("Works in the view types single and singleOverview.\n"
                    "Example: where the middle of the left edge looks\n"
                    "  tarvo-dewarp map-point 0 0.5 --tilt-orientation wall --pan 30 --input-size 1920x1080\n"

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -82,12 +83,19 @@ struct Named {
     Member member;
 };
 
-constexpr std::array<Named<geometry::ViewType>, 5> viewTypes{
+constexpr std::array<Named<geometry::ViewType>, 6> viewTypes{
     {{"single", geometry::ViewType::single},
      {"quad", geometry::ViewType::quad},
      {"panoramaSingle", geometry::ViewType::panoramaSingle},
      {"panoramaDouble", geometry::ViewType::panoramaDouble},
-     {"singleOverview", geometry::ViewType::singleOverview}}};
+     {"singleOverview", geometry::ViewType::singleOverview},
+     {"custom", geometry::ViewType::custom}}};
+
+using geometry::CustomTransformControlType;
+
+constexpr std::array<Named<CustomTransformControlType>, 2> controlTypes{
+    {{"digitalZoom", CustomTransformControlType::digitalZoom},
+     {"virtualPtzFromPanorama", CustomTransformControlType::virtualPtzFromPanorama}}};
 
 constexpr std::array<Named<geometry::TiltOrientation>, 4> tiltOrientations{
     {{"undef", geometry::TiltOrientation::undef},
@@ -96,7 +104,7 @@ constexpr std::array<Named<geometry::TiltOrientation>, 4> tiltOrientations{
      {"desk", geometry::TiltOrientation::desk}}};
 
 template<typename Member, std::size_t Count>
-Member readMember(const std::array<Named<Member>, Count>& members, const std::string& option,
+Member readMember(std::span<const Named<Member>, Count> members, const std::string& option,
                   const std::string& text) {
     std::string allowed = "one of";
     for (const Named<Member>& candidate : members) {
@@ -175,15 +183,38 @@ geometry::ExcludeArea readExcludeArea(const std::string& option, const std::stri
         "LEFT,TOP,RIGHT,BOTTOM, each a number from 0 to 1, LEFT at most RIGHT and TOP at most BOTTOM");
 }
 
-geometry::ViewType readViewType(const std::string& option, const std::string& text) {
+custom::BoundedRectangle readViewRectangle(const std::string& option, const std::string& text) {
+    const auto edges = numberList<4>(text, 0.0, 1.0);
+    if (edges && (*edges)[0] < (*edges)[2] && (*edges)[1] < (*edges)[3]) {
+        custom::BoundedRectangle rectangle;
+        rectangle.left = (*edges)[0];
+        rectangle.top = (*edges)[1];
+        rectangle.right = (*edges)[2];
+        rectangle.bottom = (*edges)[3];
+        return rectangle;
+    }
+    refuseValue(
+        option, text,
+        "LEFT,TOP,RIGHT,BOTTOM, each a number from 0 to 1, LEFT less than RIGHT and TOP less than BOTTOM");
+}
+
+geometry::ViewType readBuiltInViewType(const std::string& option, const std::string& text) {
     if (text == "custom") {
         throw UsageError(option + ": \"custom\" needs lookup tables, which this command cannot take");
     }
-    return readMember(viewTypes, option, text);
+    return readMember(std::span(viewTypes).first<viewTypes.size() - 1>(), option, text);
+}
+
+geometry::ViewType readViewType(const std::string& option, const std::string& text) {
+    return readMember(std::span(viewTypes), option, text);
+}
+
+CustomTransformControlType readControlType(const std::string& option, const std::string& text) {
+    return readMember(std::span(controlTypes), option, text);
 }
 
 geometry::TiltOrientation readTiltOrientation(const std::string& option, const std::string& text) {
-    return readMember(tiltOrientations, option, text);
+    return readMember(std::span(tiltOrientations), option, text);
 }
 
 } // namespace tarvo::apps

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/tarvo-dewarp/PictureCoding.h"
+#include "custom/BoundedRectangle.h"
 #include "geometry/Enumerations.h"
 #include "geometry/ExcludeArea.h"
 #include "geometry/LensProfile.h"
@@ -41,8 +42,13 @@ geometry::PictureSize readSize(const std::string& option, const std::string& tex
 geometry::LensProfile readLensProfile(const std::string& option, const std::string& text);
 /// LEFT,TOP,RIGHT,BOTTOM, fractions in that order.
 geometry::ExcludeArea readExcludeArea(const std::string& option, const std::string& text);
+/// The same, but not empty.
+custom::BoundedRectangle readViewRectangle(const std::string& option, const std::string& text);
 /// A member of the enumeration by its name; `custom` is refused.
+geometry::ViewType readBuiltInViewType(const std::string& option, const std::string& text);
+/// A member of the enumeration by its name.
 geometry::ViewType readViewType(const std::string& option, const std::string& text);
+geometry::CustomTransformControlType readControlType(const std::string& option, const std::string& text);
 geometry::TiltOrientation readTiltOrientation(const std::string& option, const std::string& text);
 
 /// Three numbers parted by commas, each read as `readNumber` would with the whole text in its message.

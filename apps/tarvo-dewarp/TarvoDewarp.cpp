@@ -2,6 +2,7 @@
 
 #include "apps/tarvo-dewarp/Commands.h"
 #include "apps/tarvo-dewarp/FrameRun.h"
+#include "apps/tarvo-dewarp/ModuleCommands.h"
 #include "apps/tarvo-dewarp/tables/TableCommands.h"
 
 namespace tarvo::apps {
@@ -14,7 +15,10 @@ int runTarvoDewarp(std::span<const std::string> arguments, std::ostream& out, st
                                                  addSceneCommand(app),
                                                  addTablesCommand(app),
                                                  addTablesFromRemapCommand(app),
-                                                 addTablesToRemapCommand(app)};
+                                                 addTablesToRemapCommand(app),
+                                                 addInfoCommand(app),
+                                                 addRegisterCommand(app),
+                                                 addUnregisterCommand(app)};
                           }};
     return runProgram(program, arguments, out, err);
 }

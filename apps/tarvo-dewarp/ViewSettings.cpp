@@ -25,11 +25,20 @@ void addCameraOptions(CLI::App& command, ViewSettings& settings) {
         ->group(group);
 }
 
+void addViewType(CLI::App& command, ViewSettings& settings, CustomView customView) {
+    const std::string name = "--view-type";
+    CLI::Option* const option =
+        customView == CustomView::offered
+            ? addValue(command, name, settings.viewType, readViewType, "NAME",
+                       "single (default), quad, panoramaSingle, panoramaDouble, singleOverview\n"
+                       "or custom.")
+            : addValue(command, name, settings.viewType, readBuiltInViewType, "NAME",
+                       "single (default), quad, panoramaSingle, panoramaDouble or singleOverview.");
+    option->group("View");
+}
+
 void addPositionOptions(CLI::App& command, ViewSettings& settings) {
     const std::string group = "View";
-    addValue(command, "--view-type", settings.viewType, readViewType, "NAME",
-             "single (default), quad, panoramaSingle, panoramaDouble or singleOverview.")
-        ->group(group);
     addValue(command, "--pan", settings.panDegrees, readAngle, "DEGREES",
              "Direction to the right; 0 by default. A wall camera pans -90 to 90, the\n"
              "others all round. Pan, tilt and field of view beyond their range are\n"
@@ -45,7 +54,8 @@ void addPositionOptions(CLI::App& command, ViewSettings& settings) {
         ->group(group);
     addValue(command, "--effect-level", settings.effectLevel, readFraction, "LEVEL",
              "From 1, fully dewarped (default), to 0, the look of the fisheye picture;\n"
-             "acts in single and singleOverview.")
+             "acts in single and singleOverview, and in custom from 1, the tables as they\n"
+             "are, to 0, the input as it is.")
         ->group(group);
     auto readPanoramaFieldOfView = [](const std::string& option, const std::string& text) {
         return readNumber(option, text, panoramaFieldOfViewMinimum, panoramaFieldOfViewMaximum,
@@ -66,16 +76,17 @@ void addPositionOptions(CLI::App& command, ViewSettings& settings) {
 void addSizeOptions(CLI::App& command, ViewSettings& settings) {
     const std::string group = "Output size";
     addValue(command, "--output-width", settings.outputWidth, readSide, "PIXELS",
-             "1 to 16384; 1024 when neither side is given. Both given are rounded up to\n"
-             "even. A side that is not given follows from the other one and the input's\n"
-             "shape, a panorama's height from its field of view.")
+             "1 to 16384; 1024 when neither side is given, the input's height in custom.\n"
+             "Both given are rounded up to even. A side that is not given follows from\n"
+             "the other one and the input's shape, a panorama's height from its field of\n"
+             "view, a side in custom from the shape of the tables.")
         ->group(group);
     addValue(command, "--output-height", settings.outputHeight, readSide, "PIXELS", "Likewise.")
         ->group(group);
     command
         .add_flag("--output-format-16-9", settings.isOutputWide,
                   "As wide as the input, 9/16 of that high; takes precedence over\n"
-                  "--output-width and --output-height.")
+                  "--output-width and --output-height, but not in custom.")
         ->group(group);
 }
 
@@ -90,7 +101,8 @@ std::int32_t optionsWord(const ViewSettings& settings) {
     return options;
 }
 
-geometry::PictureSize outputSize(const ViewSettings& settings, geometry::PictureSize input) {
+geometry::PictureSize outputSize(const ViewSettings& settings, geometry::PictureSize input,
+                                 std::optional<float> customAspect) {
     geometry::OutputSizeRequest request;
     request.input = input;
     request.viewType = settings.viewType;
@@ -99,6 +111,7 @@ geometry::PictureSize outputSize(const ViewSettings& settings, geometry::Picture
                       static_cast<std::uint32_t>(settings.outputHeight.value_or(0))};
     request.isWantedSet = settings.outputWidth || settings.outputHeight;
     request.panoramaFieldOfViewDegrees = settings.panoramaFieldOfViewDegrees;
+    request.customAspect = customAspect;
     const geometry::PictureSize size = geometry::deriveOutputSize(request);
     const auto isSide = [](std::uint32_t side) { return side >= 1 && side <= maxPictureSide; };
     if (!isSide(size.width) || !isSide(size.height)) {
@@ -106,22 +119,25 @@ geometry::PictureSize outputSize(const ViewSettings& settings, geometry::Picture
                          std::to_string(input.height) + " pixels the output would have " +
                          std::to_string(size.width) + "x" + std::to_string(size.height) +
                          "; each side must be 1 to " + std::to_string(maxPictureSide) +
-                         (settings.isOutputWide ? ": leave out --output-format-16-9"
-                                                : ": give --output-width and --output-height"));
+                         (settings.isOutputWide && settings.viewType != geometry::ViewType::custom
+                              ? ": leave out --output-format-16-9"
+                              : ": give --output-width and --output-height"));
     }
     return size;
 }
 
 } // namespace
 
-void addViewOptions(CLI::App& command, ViewSettings& settings) {
+void addViewOptions(CLI::App& command, ViewSettings& settings, CustomView customView) {
     addCameraOptions(command, settings);
+    addViewType(command, settings, customView);
     addPositionOptions(command, settings);
     addSizeOptions(command, settings);
 }
 
-geometry::CViewState makeView(const ViewSettings& settings, geometry::PictureSize input) {
-    const geometry::PictureSize output = outputSize(settings, input);
+geometry::CViewState makeView(const ViewSettings& settings, geometry::PictureSize input,
+                              std::optional<float> customAspect) {
+    const geometry::PictureSize output = outputSize(settings, input, customAspect);
     geometry::CViewState view;
     view.setOptions(optionsWord(settings));
     view.setExcludeArea(settings.excludeArea);

@@ -33,11 +33,15 @@ struct ViewSettings {
     bool isOutputWide = false; ///< 16:9
 };
 
-/// Adds the options that describe a view; `settings` must outlive the parsing.
-void addViewOptions(CLI::App& command, ViewSettings& settings);
+/// Whether a command can show the custom view.
+enum class CustomView { refused, offered };
 
-/// The view of an input of the given size, with the output size that follows. Throws UsageError when that
-/// output would have a side of 0 or one beyond maxPictureSide.
-geometry::CViewState makeView(const ViewSettings& settings, geometry::PictureSize input);
+/// Adds the options that describe a view; `settings` must outlive the parsing.
+void addViewOptions(CLI::App& command, ViewSettings& settings, CustomView customView);
+
+/// The view of an input of the given size, with the output size that follows, of a custom view's tables of
+/// that shape. Throws UsageError when that output would have a side of 0 or one beyond maxPictureSide.
+geometry::CViewState makeView(const ViewSettings& settings, geometry::PictureSize input,
+                              std::optional<float> customAspect = {});
 
 } // namespace tarvo::apps

@@ -24,7 +24,6 @@ const std::vector<Refused> refusedViewValues{
     {"--view-type", "sideways", "single, quad, panoramaSingle, panoramaDouble, singleOverview"},
     {"--view-type", "Single", "single, quad"},
     {"--view-type", "0", "single, quad"},
-    {"--view-type", "custom", "needs lookup tables"},
     {"--view-type", "", "single, quad"},
     {"--tilt-orientation", "floor", "undef, wall, ceiling, desk"},
     {"--pan", "left", "a finite number of degrees"},
@@ -68,6 +67,29 @@ const std::vector<Refused> refusedViewValues{
     {"--exclude-rect", "0,0,nan,1", "each a number from 0 to 1"},
 };
 
+const std::vector<Refused> refusedCustomValues{
+    {"--custom-transform-control-type", "zoom", "one of digitalZoom, virtualPtzFromPanorama"},
+    {"--custom-transform-control-type", "1", "one of digitalZoom, virtualPtzFromPanorama"},
+    {"--view-rect", "0,0,1", "LEFT,TOP,RIGHT,BOTTOM"},
+    {"--view-rect", "0,0,1,1,1", "LEFT,TOP,RIGHT,BOTTOM"},
+    {"--view-rect", "0.5,0,0.5,1", "LEFT less than RIGHT"},
+    {"--view-rect", "0,0.5,1,0.4", "TOP less than BOTTOM"},
+    {"--view-rect", "-0.1,0,0.5,1", "each a number from 0 to 1"},
+    {"--view-rect", "0,0,nan,1", "each a number from 0 to 1"},
+    {"--virtual-ptz-pan", "nan", "a finite number of degrees"},
+    {"--virtual-ptz-pan", "1e39", "a finite number of degrees"},
+    {"--virtual-ptz-tilt", "up", "a finite number of degrees"},
+    {"--virtual-ptz-field-of-view", "inf", "a finite number of degrees"},
+    {"--virtual-ptz-panorama-horizontal-field-of-view", "0", "a number of degrees from 1 to 360"},
+    {"--virtual-ptz-panorama-horizontal-field-of-view", "361", "a number of degrees from 1 to 360"},
+    {"--virtual-ptz-panorama-vertical-field-of-view", "181", "a number of degrees from 1 to 180"},
+    {"--virtual-ptz-panorama-vertical-field-of-view", "-90", "a number of degrees from 1 to 180"},
+    {"--virtual-ptz-camera-pitch", "", "a finite number of degrees"},
+    {"--virtual-ptz-camera-roll", "-inf", "a finite number of degrees"},
+    {"--virtual-ptz-effect-level", "1.5", "a number from 0 to 1"},
+    {"--virtual-ptz-effect-level", "nan", "a number from 0 to 1"},
+};
+
 void expectRefusal(std::vector<std::string> command, const Refused& refused, bool isTied) {
     if (isTied) {
         command.push_back(refused.option + "=" + refused.value);
@@ -91,6 +113,24 @@ TEST(Arguments, ofAViewAreRefusedWithNameValueAndWhatIsAllowed) {
         expectRefusal({"still", "no-such-file.png", "out.png"}, refused, true);
         expectRefusal({"map-point", "0.5", "0.5"}, refused, false);
     }
+}
+
+TEST(Arguments, ofACustomViewAreRefused) {
+    const std::vector<std::string> still{
+        "still",     "no-such-file.png", "out.png", "--custom-transform-data",
+        "no.tables", "--view-type",      "custom"};
+    for (const Refused& refused : refusedCustomValues) {
+        expectRefusal(still, refused, false);
+        expectRefusal(still, refused, true);
+    }
+    expectRefusal({"map-point", "0.5", "0.5"},
+                  {"--view-type", "custom", "needs lookup tables, which this command cannot take"}, false);
+    expectRefusal({"still", "no-such-file.png", "out.png"},
+                  {"--view-type", "custom", "needs lookup tables; give --custom-transform-data FILE"}, false);
+    const Outcome other =
+        run({"still", "no-such-file.png", "out.png", "--custom-transform-data", "no.tables"});
+    EXPECT_EQ(other.status, 2);
+    EXPECT_THAT(other.err, HasSubstr("--custom-transform-data has a meaning only with --view-type custom"));
 }
 
 TEST(Arguments, ofMapPointAreRefused) {
@@ -156,11 +196,12 @@ TEST(Arguments, thatFitNoCommandAreUsageErrors) {
     };
     const std::vector<Case> cases{
         {{},
-         "no command was given; give still, map-point, scene, tables, tables-from-remap or tables-to-remap"},
+         "no command was given; give still, map-point, scene, tables, tables-from-remap, tables-to-remap, info, "
+         "register or unregister"},
         {{""}, "\"\" is no command"},
         {{"stil"},
-         "\"stil\" is no command; give still, map-point, scene, tables, tables-from-remap or "
-         "tables-to-remap"},
+         "\"stil\" is no command; give still, map-point, scene, tables, tables-from-remap, "
+         "tables-to-remap, info, register or unregister"},
         {{"--frobnicate"}, "tarvo-dewarp --help"},
         {{"still"}, "INPUT is required; see tarvo-dewarp still --help"},
         {{"still", "in.png"}, "OUTPUT is required"},

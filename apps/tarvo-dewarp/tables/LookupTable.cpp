@@ -37,19 +37,23 @@ std::vector<std::uint8_t> encodeTable(const LookupTable& table) {
     return bytes;
 }
 
-LookupTable decodeTable(std::span<const std::uint8_t> bytes) {
+TablesHead readTablesHead(std::span<const std::uint8_t> bytes) {
     if (bytes.size() < headerBytes) {
         throw CodingError("it holds no tables: it is shorter than their 8 bytes of head");
     }
-    const std::uint64_t count = wordAt(bytes, 0);
-    const std::uint64_t width = wordAt(bytes, 2);
-    const std::uint64_t height = wordAt(bytes, 3);
+    const TablesHead head{wordAt(bytes, 0), wordAt(bytes, 2), wordAt(bytes, 3)};
+    const auto& [count, width, height] = head;
     const std::uint64_t expected = headerBytes + entryBytes * count * width * height;
     if (bytes.size() != expected) {
         throw CodingError("it holds no tables: " + std::to_string(count) + " of " + std::to_string(width) +
                           "x" + std::to_string(height) + " cells take " + std::to_string(expected) +
                           " bytes, but it has " + std::to_string(bytes.size()));
     }
+    return head;
+}
+
+LookupTable decodeTable(std::span<const std::uint8_t> bytes) {
+    const auto [count, width, height] = readTablesHead(bytes);
     if (count != 1) {
         throw CodingError("it holds " + std::to_string(count) +
                           " tables; only a single one can be converted");

@@ -33,6 +33,16 @@ struct LookupTable {
 /// The bytes that the component's SetCustomTransformData takes. Throws std::bad_alloc.
 std::vector<std::uint8_t> encodeTable(const LookupTable& table);
 
+/// What such bytes say of themselves.
+struct TablesHead {
+    std::uint64_t tableCount;
+    std::uint64_t width;
+    std::uint64_t height;
+};
+
+/// Throws CodingError for bytes that are not as many as their head says.
+TablesHead readTablesHead(std::span<const std::uint8_t> bytes);
+
 /// The single table in such bytes; its sides are 1 to maxPictureSide. Throws CodingError for anything else,
 /// std::bad_alloc.
 LookupTable decodeTable(std::span<const std::uint8_t> bytes);
