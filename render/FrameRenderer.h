@@ -65,8 +65,8 @@ public:
     /// frame may open it anew.
     HRESULT ReadBackOutputFrame(std::span<std::byte> output, IMappedRowsVisitor* observer);
 
-    /// Shows the rendered picture to a visitor, whose result it answers with; E_FAIL without a device. Else as
-    /// ReadBackOutputFrame.
+    /// Shows the rendered picture to a visitor, whose result it answers with; E_FAIL without a device. Else
+    /// as ReadBackOutputFrame.
     HRESULT ReadBackPicture(IMappedRowsVisitor& visitor);
 
     /// How the frames that go out lie in memory from now on. The picture keeps its size, whatever the format
