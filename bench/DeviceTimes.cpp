@@ -1,6 +1,6 @@
 // What a frame costs on each device, by stage: a plain program, so that it also runs on Windows.
 //
-//     bench-devices [SECONDS]     measures each figure for that long, default 1
+//     bench-devices [SECONDS]     measures each row for that long, default 3
 //
 // Devices put work off until somebody waits for it, so stages are told apart by what frames cost with and
 // without them: the read-back is that of a picture that is finished, the view what a frame of RGB32 takes
@@ -20,7 +20,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -45,17 +44,18 @@ diagnostics::ObjectLog objectLog() {
     return {diagnostics::moduleLog, 1};
 }
 
-/// Medians, milliseconds.
+/// Milliseconds of one frame, or the least of many: on a machine with other work that says most.
 struct FrameTimes {
-    double upload = 0.0;
-    double render = 0.0; ///< with the read-back
-    double readBack = 0.0;
-};
+    double upload = 1e9;
+    double render = 1e9; ///< with the read-back
+    double readBack = 1e9;
 
-double median(std::vector<double>& values) {
-    std::ranges::nth_element(values, values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2));
-    return values[values.size() / 2];
-}
+    void takeLess(const FrameTimes& other) {
+        upload = std::min(upload, other.upload);
+        render = std::min(render, other.render);
+        readBack = std::min(readBack, other.readBack);
+    }
+};
 
 class CScene {
 public:
@@ -88,31 +88,16 @@ public:
         }
     }
 
-    FrameTimes measure(double seconds, bool isMoving) {
-        std::vector<double> uploads;
-        std::vector<double> renders;
-        std::vector<double> readBacks;
+    FrameTimes frame(double panDegrees) {
+        m_view.setPan(panDegrees);
         const Clock::time_point start = Clock::now();
-        // The first frames warm up.
-        for (int i = -3; i < 5 || millisecondsSince(start) < seconds * 1000.0; ++i) {
-            if (isMoving) {
-                m_view.setPan(20.0 + std::fmod(0.37 * i, 30.0));
-            }
-            const Clock::time_point before = Clock::now();
-            m_renderer.UploadInputFrame(m_frame);
-            const double uploaded = millisecondsSince(before);
-            m_renderer.RenderFrame(m_view, m_shader, false);
-            readBack();
-            const double rendered = millisecondsSince(before);
-            const Clock::time_point finished = Clock::now();
-            readBack();
-            if (i >= 0) {
-                uploads.push_back(uploaded);
-                renders.push_back(rendered - uploaded);
-                readBacks.push_back(millisecondsSince(finished));
-            }
-        }
-        return {median(uploads), median(renders), median(readBacks)};
+        m_renderer.UploadInputFrame(m_frame);
+        const double uploaded = millisecondsSince(start);
+        m_renderer.RenderFrame(m_view, m_shader, false);
+        readBack();
+        const double rendered = millisecondsSince(start);
+        readBack();
+        return {uploaded, rendered - uploaded, millisecondsSince(start) - rendered};
     }
 
 private:
@@ -159,9 +144,23 @@ constexpr Device devices[] = {
 void report(const Device& device, const Sizes& sizes, double seconds) {
     CScene yv12(device.make(), sizes, PixelFormat::yv12);
     CScene rgb32(device.make(), sizes, PixelFormat::rgb32);
-    const FrameTimes converted = yv12.measure(seconds, true);
-    const FrameTimes plain = rgb32.measure(seconds, true);
-    const FrameTimes atRest = yv12.measure(seconds, false);
+    FrameTimes converted;
+    FrameTimes plain;
+    FrameTimes atRest;
+    // In turns, so that other work meets all alike. The first frames warm up.
+    const Clock::time_point start = Clock::now();
+    for (int i = -3; i < 5 || millisecondsSince(start) < seconds * 1000.0; ++i) {
+        // Two places of the view, each as dear as the other, in turns.
+        const double pan = i % 2 == 0 ? 20.0 : 20.4;
+        const FrameTimes yv12Frame = yv12.frame(pan);
+        const FrameTimes restingFrame = yv12.frame(pan);
+        const FrameTimes rgb32Frame = rgb32.frame(pan);
+        if (i >= 0) {
+            converted.takeLess(yv12Frame);
+            atRest.takeLess(restingFrame);
+            plain.takeLess(rgb32Frame);
+        }
+    }
     std::printf("%-19s %5dx%-5d %5dx%-5d %8.2f %10.2f %8.2f %9.2f %9.2f %9.2f\n", device.name,
                 sizes.inputWidth, sizes.inputHeight, sizes.outputWidth, sizes.outputHeight, converted.upload,
                 converted.render - plain.render, plain.render - plain.readBack, converted.readBack,
@@ -174,7 +173,7 @@ void report(const Device& device, const Sizes& sizes, double seconds) {
 
 int main(int argumentCount, char** arguments) {
     using namespace tarvo::render;
-    const double seconds = argumentCount > 1 ? std::atof(arguments[1]) : 1.0;
+    const double seconds = argumentCount > 1 ? std::atof(arguments[1]) : 3.0;
     std::printf("milliseconds (YV12 in, RGB32 out)\n%-19s %-11s %-11s %8s %10s %8s %9s %9s %9s\n", "device",
                 "input", "output", "upload", "conversion", "view", "read-back", "frame", "at rest");
     try {
