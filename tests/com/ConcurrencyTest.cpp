@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <barrier>
 #include <thread>
 #include <vector>
 
@@ -14,14 +13,18 @@ namespace {
 constexpr int threads = 4;
 constexpr int rounds = 2000;
 
-/// Runs `work(thread)` on several threads at once.
+/// Runs `work(thread)` on several threads at once. They meet by spinning: the standard library's barrier can lose a
+/// wake-up where it has no futex to build on, as with mingw-w64, and then sleeps for ever.
 template<class Work>
 void together(Work&& work) {
-    std::barrier start(threads);
+    std::atomic<int> arrived{0};
     std::vector<std::jthread> running;
     for (int i = 0; i < threads; ++i) {
         running.emplace_back([&, i] {
-            start.arrive_and_wait();
+            ++arrived;
+            while (arrived < threads) {
+                std::this_thread::yield();
+            }
             work(i);
         });
     }
