@@ -5,9 +5,6 @@
 
 // On Windows these come with the compiler; elsewhere from Wine's headers, of which nothing is linked. There
 // WCHAR is a 16-bit type and wchar_t is not: texts are OLESTR("…"), never L"…".
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
 #include <mediaobj.h>
 #include <oaidl.h>
 #include <ocidl.h>
