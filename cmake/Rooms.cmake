@@ -97,7 +97,7 @@ function(tarvo_test room)
     tarvo_parse_arguments("tarvo_test(${room})")
     tarvo_target_name(test ${room} target)
     tarvo_program(${target} SOURCES ${arg_SOURCES} LINKS ${arg_LINKS} GTest::gmock_main)
-    tarvo_precompile(${target} tests TESTS)
+    tarvo_precompile(${target} ${room} TESTS)
     # Asking the program for its tests when ctest starts, not when it is built, keeps building free of running:
     # the Windows programs need their Wine session only then. Each test is a process of its own; the limit ends
     # one that hangs.
