@@ -21,4 +21,5 @@ extern "C" {
 #include <amvideo.h>
 #include <dvdmedia.h>
 #include <mediaerr.h>
+#include <vfwmsgs.h>
 #include <uuids.h>

@@ -1,6 +1,7 @@
 #include "transform/DewarpingTransform.h"
 
 #include "diagnostics/LogLine.h"
+#include "transform/AcceleratorInjection.h"
 
 namespace tarvo::transform {
 namespace {
@@ -44,7 +45,13 @@ STDMETHODIMP CDewarpingTransform::InjectAcceleratorFilter(IAccelerator** theAcce
     if (theAccelerator == nullptr)
         return E_POINTER;
     *theAccelerator = nullptr;
-    return E_NOTIMPL;
+    return com::guarded([&] {
+        // Fill frames keep the built-in views in step with the clock; a custom view is not repeated.
+        const auto viewType =
+            m_settings.ask([](const geometry::CViewState& view) { return view.viewType(); });
+        const bool insertsFillFrames = viewType != geometry::ViewType::custom;
+        return injectAccelerator(*controllingUnknown(), insertsFillFrames, m_log, theAccelerator);
+    });
 }
 
 STDMETHODIMP CDewarpingTransform::GetStreamCount(DWORD* inputStreams, DWORD* outputStreams) {

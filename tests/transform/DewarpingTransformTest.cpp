@@ -209,7 +209,7 @@ TEST_F(DewarpingTransform, injectsNoAcceleratorYet) {
     CTransformHost host;
     EXPECT_EQ(host.transform->InjectAcceleratorFilter(nullptr), E_POINTER);
     auto* accelerator = reinterpret_cast<IAccelerator*>(&host);
-    EXPECT_EQ(host.transform->InjectAcceleratorFilter(&accelerator), E_NOTIMPL);
+    EXPECT_EQ(host.transform->InjectAcceleratorFilter(&accelerator), E_NOINTERFACE);
     EXPECT_EQ(accelerator, nullptr);
 }
 
