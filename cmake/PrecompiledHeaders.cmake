@@ -34,7 +34,7 @@ function(tarvo_precompile target room)
     target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
     # g++ takes what it inlines from such a header for our own code, and warns of what a library's own checks exclude.
     target_compile_options(${target} PRIVATE
-        $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
+        "$<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds;-Wno-stringop-overflow;-Wno-stringop-overread>")
     set(types ${PROJECT_SOURCE_DIR}/platform/InterfaceTypes.h)
     set(tests <gmock/gmock.h> <gtest/gtest.h>)
     if("${ARGN}" STREQUAL TESTS)
