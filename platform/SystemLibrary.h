@@ -9,7 +9,8 @@ namespace tarvo::platform {
 class CSystemLibrary {
 public:
     CSystemLibrary() = default;
-    /// The name is searched for as the system does; null and empty names load nothing.
+    /// The name, UTF-8, is searched for as the system does; null and empty names load nothing. May throw
+    /// std::bad_alloc.
     explicit CSystemLibrary(const char* name);
     CSystemLibrary(CSystemLibrary&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
     CSystemLibrary& operator=(CSystemLibrary&& other) noexcept {

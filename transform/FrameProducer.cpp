@@ -74,17 +74,14 @@ HRESULT CFrameProducer::InternalProcessOutput(DMO_OUTPUT_DATA_BUFFER& buffer,
         m_renderer.close();
         return E_FAIL;
     }
-    try {
-        return produce(buffer, output, formats);
-    } catch (...) {
-        return loseFrame(buffer, "Failed to render output");
-    }
+    return produce(buffer, output, formats);
 }
 
 HRESULT CFrameProducer::produce(DMO_OUTPUT_DATA_BUFFER& buffer, const Output& output,
                                 const NegotiatedFormats& formats) {
     const bool isInputHeld = m_pacing.isInputHeld();
-    if (isInputHeld && FAILED(m_renderer.upload(m_inputBytes)))
+    // Memory that is missing in a step is a failure of that step.
+    if (isInputHeld && FAILED(com::guarded([&] { return m_renderer.upload(m_inputBytes); })))
         return loseFrame(buffer, "Failed to update texture");
 
     const OutputTiming timing = m_pacing.beginOutput(m_settings.outputFrameRate);
@@ -95,9 +92,9 @@ HRESULT CFrameProducer::produce(DMO_OUTPUT_DATA_BUFFER& buffer, const Output& ou
 
     // Not before the event, in which sinks set what they want to see in this very frame.
     const bool haveSettingsChanged = m_renderer.haveSettingsChanged();
-    if ((isInputHeld || haveSettingsChanged) && FAILED(m_renderer.render()))
+    if ((isInputHeld || haveSettingsChanged) && FAILED(com::guarded([&] { return m_renderer.render(); })))
         return loseFrame(buffer, "Failed to render output");
-    if (FAILED(deliver(output, formats, haveSettingsChanged)))
+    if (FAILED(com::guarded([&] { return deliver(output, formats, haveSettingsChanged); })))
         return loseFrame(buffer, "Failed to copy output video data");
     if (isInputHeld || haveSettingsChanged)
         m_renderer.frameDelivered();

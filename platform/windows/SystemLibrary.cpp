@@ -1,12 +1,17 @@
 #include "platform/SystemLibrary.h"
 
+#include "platform/Utf16.h"
+
+#include <string>
 #include <windows.h>
 
 namespace tarvo::platform {
 
 CSystemLibrary::CSystemLibrary(const char* name) {
-    if (name != nullptr && *name != '\0')
-        m_handle = LoadLibraryA(name);
+    if (name == nullptr || *name == '\0')
+        return;
+    const std::u16string wide = utf16FromUtf8(name);
+    m_handle = LoadLibraryW(reinterpret_cast<const WCHAR*>(wide.c_str()));
 }
 
 CSystemLibrary::~CSystemLibrary() {

@@ -56,8 +56,10 @@ com::CMediaType rgbType() {
     return type;
 }
 
-TEST(Product, streamsAFrame) {
+/// One frame in and out, from loading the module to unloading it.
+void streamAFrame() {
     const CLoadedModule module(TARVO_PRODUCT_MODULE);
+    EXPECT_EQ(module.canUnloadNow(), S_OK);
     {
         ComPtr<IDewarpingTransform> transform;
         ASSERT_EQ(module.factoryOf(CLSID_DewarpingTransform)
@@ -90,6 +92,16 @@ TEST(Product, streamsAFrame) {
             << "every byte is written";
     }
     EXPECT_EQ(module.canUnloadNow(), S_OK);
+}
+
+TEST(Product, streamsAFrame) {
+    streamAFrame();
+}
+
+TEST(Product, leavesNothingRunningBehind) {
+    // A thread of the module's would fall over the code that is no longer there.
+    for (int round = 0; round < 5; ++round)
+        streamAFrame();
 }
 
 } // namespace

@@ -1,9 +1,12 @@
 #include "platform/SystemLibrary.h"
 
 #include "tests/platform/ProbeModule.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <string>
 #include <utility>
 
 namespace tarvo::platform {
@@ -29,6 +32,22 @@ TEST(SystemLibrary, isNothingWithoutALibrary) {
     }
     EXPECT_FALSE(CSystemLibrary());
     EXPECT_EQ(CSystemLibrary().function<void()>("x"), nullptr);
+}
+
+TEST(SystemLibrary, liesInAFolderOfAnyName) {
+    const tests::CTemporaryFolder folder;
+    // Letters of no one code page: u with diaeresis, Polish l, Greek omega, a Chinese sign.
+    const std::filesystem::path place = std::filesystem::path(folder.path()) / u8"\u00fc\u0142\u03a9\u5e73";
+    ASSERT_TRUE(std::filesystem::create_directory(place));
+    const std::filesystem::path copy = place / std::filesystem::path(TARVO_PROBE_MODULE).filename();
+    ASSERT_TRUE(std::filesystem::copy_file(TARVO_PROBE_MODULE, copy));
+    const std::u8string path = copy.u8string();
+    const CSystemLibrary library(reinterpret_cast<const char*>(path.c_str()));
+    ASSERT_TRUE(library);
+    const auto probe = library.function<ProbeModulePath>("probeModulePath");
+    ASSERT_NE(probe, nullptr);
+    EXPECT_EQ(std::filesystem::path(reinterpret_cast<const char8_t*>(probe())), copy)
+        << "it knows its own name, too";
 }
 
 TEST(SystemLibrary, moves) {

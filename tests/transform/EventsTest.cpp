@@ -103,6 +103,57 @@ TEST_F(Events, makeNoImageBufferForNobody) {
     EXPECT_EQ(com::moduleCount().count(), 5);
 }
 
+TEST_F(Events, letTheImageBufferGoWithItsFormat) {
+    ImageSink sink(host, [](const DISPPARAMS&) { return S_OK; });
+    const LONG without = com::moduleCount().count();
+    EXPECT_EQ(host.through(picture).result, S_OK);
+    EXPECT_EQ(com::moduleCount().count(), without + 1);
+    EXPECT_EQ(host.setOutput(rgbType(32, 24), DMO_SET_TYPEF_TEST_ONLY), S_OK);
+    EXPECT_EQ(com::moduleCount().count(), without) << "an output type, if only tried";
+    EXPECT_EQ(host.through(picture, 400'000).result, S_OK);
+    EXPECT_EQ(com::moduleCount().count(), without + 1);
+    EXPECT_EQ(host.media->FreeStreamingResources(), S_OK);
+    EXPECT_EQ(com::moduleCount().count(), without);
+    EXPECT_EQ(host.through(picture, 800'000).result, S_OK);
+    EXPECT_EQ(host.media->SetOutputType(0, nullptr, DMO_SET_TYPEF_CLEAR), S_OK);
+    EXPECT_EQ(com::moduleCount().count(), without);
+}
+
+TEST_F(Events, bringPicturesOfTheSizeOfTheMoment) {
+    std::vector<LONG> sizes;
+    ImageSink sink(host, [&](const DISPPARAMS& parameters) {
+        LONG size = 0;
+        EXPECT_EQ(imageOf(parameters)->get_Size(&size), S_OK);
+        sizes.push_back(size);
+        return S_OK;
+    });
+    host.through(picture);
+    ASSERT_EQ(host.media->SetInputType(0, nullptr, DMO_SET_TYPEF_CLEAR), S_OK);
+    host.negotiateRgb(64, 48, 16, 12);
+    host.through(picture);
+    EXPECT_THAT(sizes, ElementsAre(32 * 24 * 4, 16 * 12 * 4));
+}
+
+TEST_F(Events, goToEachSinkInTheOrderOfConnectionAndTheLastOneAnswers) {
+    std::string order;
+    const auto sinkCalled = [&](char name, HRESULT result) {
+        return [&order, name, result](const DISPPARAMS&) {
+            order += name;
+            return result;
+        };
+    };
+    PrepareSink first(host, sinkCalled('a', E_FAIL));
+    ImageSink firstImage(host, sinkCalled('A', S_OK));
+    PrepareSink second(host, sinkCalled('b', S_OK));
+    ImageSink secondImage(host, sinkCalled('B', E_FAIL));
+    host.takeLines();
+    EXPECT_EQ(host.through(picture).result, S_OK);
+    EXPECT_EQ(order, "abAB");
+    EXPECT_EQ(host.takeLine(),
+              "E:[1] - CDewarpingTransform::InternalProcessOutput - OnNewImage callback returned "
+              "an error (0x80004005)");
+}
+
 TEST_F(Events, onceWantedEveryRepeatIsReadBack) {
     ASSERT_EQ(host.transform->put_OutputFrameRate(50.0), S_OK);
     int count = 0;
@@ -173,6 +224,16 @@ TEST_F(Events, theFrameBeingPreparedShowsWhatItsSinkSets) {
         [](IDewarpingTransform& t) { t.SetPTZPosition(10.0, -20.0, 15.0, VARIANT_FALSE); },
         [](IDewarpingTransform& t) { t.put_TiltOrientation(3); },
         [](IDewarpingTransform& t) { t.put_EffectLevel(0.5); },
+        [](IDewarpingTransform& t) {
+            com::CSafeArray profile = com::CSafeArray::vector(VT_R8, 3);
+            com::CSafeArrayAccess<double>(profile.get()).elements()[2] = 0.6;
+            t.put_LensProfile(profile.get());
+        },
+        [](IDewarpingTransform& t) {
+            t.put_ViewType(1);
+            t.put_SelectedView(3);
+            t.put_Tilt(-70.0);
+        },
         [](IDewarpingTransform& t) { t.put_Bypass(VARIANT_TRUE); },
         [](IDewarpingTransform& t) { t.put_ViewType(1); },
         [](IDewarpingTransform& t) { t.put_ViewType(2); },

@@ -200,6 +200,75 @@ TEST_F(OutputProperties, hardwareAccelerationIsKnownWithTheDevice) {
     EXPECT_EQ(transform.get_HardwareAccelerationActive(nullptr), E_POINTER);
 }
 
+/// Draws on the graphics adapter, as far as others can tell.
+class CHardwareDevice final : public render::IRenderDevice {
+public:
+    explicit CHardwareDevice(diagnostics::ObjectLog log) : m_device(log) {}
+    bool isAvailable() override { return true; }
+    HRESULT open(const render::InputFormat& input, const render::OutputFormat& output) override {
+        return m_device.open(input, output);
+    }
+    HRESULT openStates() override { return m_device.openStates(); }
+    bool isOpen() const override { return m_device.isOpen(); }
+    render::DeviceKind kind() const override { return render::DeviceKind::hardware; }
+    HRESULT geometry(const geometry::ViewVertices& vertices,
+                     const render::ExcludeGeometry& exclude) override {
+        return m_device.geometry(vertices, exclude);
+    }
+    HRESULT overviewMarker(const geometry::OverviewMarkerVertices& vertices) override {
+        return m_device.overviewMarker(vertices);
+    }
+    bool hasProgram(render::ShaderProgram program) const override { return m_device.hasProgram(program); }
+    HRESULT prepare(render::ShaderProgram program, render::ConstantSlot slot,
+                    std::span<const std::byte> constants) override {
+        return m_device.prepare(program, slot, constants);
+    }
+    void releaseProgram() override { m_device.releaseProgram(); }
+    HRESULT lookup(int width, int height) override { return m_device.lookup(width, height); }
+    void releaseLookup() override { m_device.releaseLookup(); }
+    HRESULT upload(render::Surface surface, const render::SourceRows& rows) override {
+        return m_device.upload(surface, rows);
+    }
+    void clear(render::Surface target, const std::array<float, 4>& colour) override {
+        m_device.clear(target, colour);
+    }
+    HRESULT draw(const render::Pass& pass) override { return m_device.draw(pass); }
+    void copy(render::Surface from, render::Surface to) override { m_device.copy(from, to); }
+    void copyBox(render::Surface from, const geometry::PixelBox& box, render::Surface to) override {
+        m_device.copyBox(from, box, to);
+    }
+    void flush() override { m_device.flush(); }
+    HRESULT readBack(render::IMappedRowsVisitor& visitor) override { return m_device.readBack(visitor); }
+    void close() override { m_device.close(); }
+
+private:
+    render::reference::CReferenceDevice m_device;
+};
+
+TEST_F(OutputProperties, hardwareAccelerationIsOneOnTheGraphicsAdapter) {
+    diagnostics::FakeLogServices services;
+    diagnostics::Log log(services);
+    ComPtr<CDewarpingTransform> object;
+    object.attach(new CDewarpingTransform(com::Outer{},
+                                          TransformServices{log, [](diagnostics::ObjectLog its) {
+                                                                return std::make_unique<CHardwareDevice>(its);
+                                                            }}));
+    const auto media = object.as<IMediaObject>();
+    VARIANT_BOOL isActive = 0;
+    EXPECT_EQ(object->get_HardwareAccelerationActive(&isActive), S_OK);
+    EXPECT_EQ(isActive, -1) << "before the first device";
+    ASSERT_EQ(media->SetInputType(0, &rgbType(32, -24).make().get(), 0), S_OK);
+    DMO_MEDIA_TYPE type{};
+    ASSERT_EQ(media->GetOutputType(0, 1, &type), S_OK) << "which builds one";
+    com::CMediaType owned;
+    owned.attach(type);
+    EXPECT_EQ(object->get_HardwareAccelerationActive(&isActive), S_OK);
+    EXPECT_EQ(isActive, 1);
+    ASSERT_EQ(media->SetInputType(0, nullptr, DMO_SET_TYPEF_CLEAR), S_OK);
+    EXPECT_EQ(object->get_HardwareAccelerationActive(&isActive), S_OK);
+    EXPECT_EQ(isActive, 1) << "of the last device";
+}
+
 TEST_F(OutputProperties, typesAreLogged) {
     ASSERT_EQ(host.setInput(rgbType(640, -480, 333'333)), S_OK);
     EXPECT_EQ(host.takeLine(), "_:[1] - InternalCheckInputType - RGB32:640x480@30.0");

@@ -1,3 +1,4 @@
+#include "com/SafeArray.h"
 #include "tests/transform/TransformHost.h"
 
 #include <gmock/gmock.h>
@@ -5,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <new>
 
 namespace tarvo::transform {
 namespace {
@@ -119,6 +122,117 @@ TEST_F(Streaming, showsAChangeInTheRepeats) {
     EXPECT_EQ(other.through(patternRgb(64, 48)).bytes, turned.bytes);
 }
 
+/// What a host may set on a stream that repeats its frames, by name.
+struct Setting {
+    const char* name;
+    std::function<void(IDewarpingTransform&)> set;
+};
+
+com::CSafeArray lensProfile(double a, double b, double c) {
+    com::CSafeArray profile = com::CSafeArray::vector(VT_R8, 3);
+    std::ranges::copy(std::array{a, b, c}, com::CSafeArrayAccess<double>(profile.get()).elements().begin());
+    return profile;
+}
+
+TEST_F(Streaming, repeatsAreDrawnOnlyWhereSomethingChanged) {
+    CTransformHost host(CTransformHost::Device::recording);
+    ASSERT_EQ(host.transform->put_OutputFrameRate(50.0), S_OK);
+    host.negotiateRgb(64, 48, 32, 24, 400'000);
+    ASSERT_EQ(host.through(patternRgb(64, 48)).result, S_OK);
+    const auto work = [&] {
+        return std::pair(host.recording->count(tests::Verb::flush), // which ends a drawing
+                         host.recording->count(tests::Verb::readBack));
+    };
+    const std::vector<Setting> same{
+        {"nothing", [](auto&) {}},
+        {"pan", [](auto& t) { t.put_Pan(0.0); }},
+        {"move", [](auto& t) { t.SetPTZPosition(0.0, 0.0, 0.0, VARIANT_TRUE); }},
+        {"mounting in force", [](auto& t) { t.put_TiltOrientation(1); }},
+        {"view type", [](auto& t) { t.put_ViewType(0); }},
+        {"no view type", [](auto& t) { t.put_ViewType(6); }},
+        {"selected view", [](auto& t) { t.put_SelectedView(3); }},
+        {"all views", [](auto& t) { t.put_SelectedView(0); }},
+        {"bypass", [](auto& t) { t.put_Bypass(VARIANT_FALSE); }},
+        {"limited effect level", [](auto& t) { t.put_EffectLevel(7.0); }},
+        {"panorama's angle", [](auto& t) { t.put_PanoramaFieldOfView(180.0); }},
+        {"panorama's offset", [](auto& t) { t.put_PanoramaPanOffset(-90.0); }},
+        {"lens", [](auto& t) { t.put_LensProfile(lensProfile(-0.022618674, 0.014994084, 0.368175).get()); }},
+        {"options of the stream", [](auto& t) { t.put_Options(4 + 8); }},
+        {"control type", [](auto& t) { t.put_CustomTransformControlType(0); }},
+        {"rate", [](auto& t) { t.put_OutputFrameRate(100.0); }},
+    };
+    for (const Setting& setting : same) {
+        const auto before = work();
+        setting.set(*host.transform);
+        EXPECT_EQ(host.frame().result, S_OK);
+        EXPECT_EQ(work(), before) << setting.name;
+    }
+    const std::vector<Setting> others{
+        {"pan", [](auto& t) { t.put_Pan(5.0); }},
+        {"tilt", [](auto& t) { t.put_Tilt(-7.0); }},
+        {"field of view", [](auto& t) { t.put_FieldOfView(21.0); }},
+        {"move", [](auto& t) { t.SetPTZPosition(1.0, 0.0, 0.0, VARIANT_TRUE); }},
+        {"mounting", [](auto& t) { t.put_TiltOrientation(2); }},
+        {"effect level", [](auto& t) { t.put_EffectLevel(0.5); }},
+        {"bypass", [](auto& t) { t.put_Bypass(VARIANT_TRUE); }},
+        {"no bypass", [](auto& t) { t.put_Bypass(VARIANT_FALSE); }},
+        {"view type", [](auto& t) { t.put_ViewType(1); }},
+        {"sub-view",
+         [](auto& t) {
+             t.put_SelectedView(2);
+             t.put_FieldOfView(30.0);
+         }},
+        {"panorama's angle", [](auto& t) { t.put_PanoramaFieldOfView(90.0); }},
+        {"panorama's offset", [](auto& t) { t.put_PanoramaPanOffset(0.0); }},
+        {"lens", [](auto& t) { t.put_LensProfile(lensProfile(0.0, 0.0, 0.5).get()); }},
+        {"overview's side", [](auto& t) { t.put_Options(1 + 4 + 8); }},
+        {"exclude area",
+         [](auto& t) {
+             ComPtr<IRectangle> rectangle;
+             t.get_ExcludeRect(rectangle.put());
+             rectangle->Init(0.0, 0.0, 0.5, 0.5);
+         }},
+        {"custom view's part",
+         [](auto& t) {
+             ComPtr<IRectangle> rectangle;
+             t.get_CustomTransformViewRect(rectangle.put());
+             rectangle->put_Left(0.25);
+         }},
+        {"control type", [](auto& t) { t.put_CustomTransformControlType(1); }},
+        {"control",
+         [](auto& t) {
+             ComPtr<IUnknown> control;
+             t.get_CustomTransformControl(control.put());
+             control.template as<IVirtualPtzFromPanoramaControl>()->put_CameraRoll(4.0);
+         }},
+    };
+    for (const Setting& setting : others) {
+        const auto [drawn, readBack] = work();
+        setting.set(*host.transform);
+        EXPECT_EQ(host.frame().result, S_OK);
+        EXPECT_EQ(work(), std::pair(drawn + 1, readBack + 1)) << setting.name;
+        EXPECT_EQ(host.frame().result, S_OK);
+        EXPECT_EQ(work(), std::pair(drawn + 1, readBack + 1)) << setting.name << ", shown again";
+    }
+    // Without more frames than come in there is no copy to repeat.
+    ASSERT_EQ(host.transform->put_OutputFrameRate(25.0), S_OK);
+    ASSERT_EQ(host.through(patternRgb(64, 48), 400'000).result, S_OK);
+    const auto [drawn, readBack] = work();
+    EXPECT_EQ(host.frame().result, S_OK);
+    EXPECT_EQ(work(), std::pair(drawn, readBack + 1));
+}
+
+TEST_F(Streaming, aCachedFrameGoesWithItsFormat) {
+    CTransformHost host;
+    ASSERT_EQ(host.transform->put_OutputFrameRate(50.0), S_OK);
+    ASSERT_EQ(host.transform->put_Bypass(VARIANT_TRUE), S_OK);
+    host.negotiateRgb(32, 24, 32, 24, 400'000);
+    const auto picture = patternRgb(32, 24);
+    EXPECT_EQ(host.through(picture).bytes, picture);
+    ASSERT_EQ(host.setOutput(rgbType(32, 24)), S_OK) << "the bottom row first";
+    EXPECT_EQ(host.frame().bytes, upsideDown(picture, 32 * 4));
+}
+
 TEST_F(Streaming, aCachedFrameThatGrewOldIsNotShownAgain) {
     // Repeats are copies of the cached frame until somebody wants to see every picture.
     CTransformHost host;
@@ -213,6 +327,8 @@ TEST_F(Streaming, refusesWrongUse) {
     CTransformHost host;
     CFakeBuffer buffer(patternRgb(32, 24));
     EXPECT_EQ(host.input(buffer), typeIsNotSet);
+    Delivered delivered;
+    EXPECT_EQ(host.output(buffer, delivered), typeIsNotSet);
     host.negotiateRgb(32, 24, 32, 24);
     EXPECT_EQ(host.media->ProcessInput(0, nullptr, 0, 0, 0), E_POINTER);
     EXPECT_EQ(host.media->ProcessInput(1, &buffer, 0, 0, 0), streamIsInvalid);
@@ -431,6 +547,66 @@ TEST_F(Streaming, aFailedReadBackLeavesNoCachedFrame) {
     EXPECT_EQ(host.frame().result, E_FAIL) << "nothing to copy from";
     host.recording->answer = nullptr;
     EXPECT_EQ(host.frame().result, S_OK);
+}
+
+TEST_F(Streaming, aStepWithoutMemoryLosesItsFrame) {
+    const std::array<std::pair<tests::Verb, const char*>, 3> steps{
+        {{tests::Verb::upload, "Failed to update texture"},
+         {tests::Verb::draw, "Failed to render output"},
+         {tests::Verb::readBack, "Failed to copy output video data"}}};
+    CTransformHost host(CTransformHost::Device::recording);
+    host.negotiateRgb(32, 24, 32, 24);
+    REFERENCE_TIME time = 0;
+    for (const auto& [verb, reason] : steps) {
+        EXPECT_EQ(host.through(patternRgb(32, 24), time += 400'000).result, S_OK) << "the stream goes on";
+        host.recording->answer = [step = verb](const tests::RecordedCall& call) {
+            if (call.verb == step)
+                throw std::bad_alloc();
+            return S_OK;
+        };
+        CFakeBuffer buffer(patternRgb(32, 24));
+        ASSERT_EQ(host.input(buffer, time += 400'000), S_OK);
+        host.takeLines();
+        const Delivered lost = host.frame();
+        EXPECT_EQ(lost.result, E_FAIL);
+        EXPECT_EQ(lost.status, 0U);
+        EXPECT_EQ(host.takeLine(),
+                  std::string("E:[1] - CDewarpingTransform::InternalProcessOutput - ") + reason);
+        EXPECT_EQ(buffer.references(), 0);
+        host.recording->answer = nullptr;
+    }
+    EXPECT_EQ(host.through(patternRgb(32, 24), time + 400'000).result, S_OK);
+}
+
+// A plane of chroma has half the sides, and so no pixels.
+TEST_F(Streaming, yv12OfOneColumnOrRowIsRefusedAndCostsNothingElse) {
+    for (const auto device : {CTransformHost::Device::reference, CTransformHost::Device::own}) {
+        CTransformHost host(device);
+        host.transform->put_OutputWidth(32);
+        host.transform->put_OutputHeight(24);
+        for (const auto& [width, height] : {std::pair(1, 54), std::pair(54, 1)}) {
+            ASSERT_EQ(host.setInput(yv12Input(width, height)), S_OK);
+            ASSERT_EQ(host.setOutput(rgbType(32, -24)), S_OK);
+            CFakeBuffer buffer(std::size_t{81});
+            buffer.length = 81;
+            EXPECT_EQ(host.input(buffer), E_FAIL) << "no device takes it";
+            EXPECT_EQ(buffer.references(), 0);
+        }
+        ASSERT_EQ(host.setInput(rgbType(32, -24)), S_OK);
+        EXPECT_EQ(host.through(patternRgb(32, 24)).result, S_OK);
+
+        CTransformHost flat(device);
+        flat.transform->put_OutputWidth(4);
+        flat.transform->put_ViewType(2);
+        ASSERT_EQ(flat.setInput(rgbType(64, -48)), S_OK);
+        LONG height = 0; // 4 / (180 / 67.5) = 1.5
+        ASSERT_EQ(flat.transform->get_OutputHeight(&height), S_OK);
+        ASSERT_EQ(height, 1);
+        ASSERT_EQ(flat.setOutput(yv12Input(4, 1)), S_OK);
+        EXPECT_EQ(flat.through(patternRgb(64, 48)).result, E_FAIL);
+        ASSERT_EQ(flat.setOutput(rgbType(4, -1)), S_OK);
+        EXPECT_EQ(flat.through(patternRgb(64, 48), 400'000).result, S_OK);
+    }
 }
 
 TEST_F(Streaming, lowersTheRateForALateRenderer) {

@@ -196,6 +196,34 @@ TEST_F(ViewProperties, setsAPositionAtOnce) {
     EXPECT_THAT(host.takeLines(), IsEmpty());
 }
 
+TEST_F(ViewProperties, aMoveIsTheSelectedViewsAlone) {
+    ASSERT_EQ(transform.put_ViewType(1), S_OK);
+    ASSERT_EQ(transform.put_Pan(30.0), S_OK);
+    ASSERT_EQ(transform.put_SelectedView(2), S_OK);
+    const double mainTilt = tilt();
+    // From 30 + 45, and the second view's offset is the rest.
+    EXPECT_EQ(transform.SetPTZPosition(10.0, -5.0, 0.0, VARIANT_TRUE), S_OK);
+    EXPECT_EQ(pan(), 85.0);
+    EXPECT_EQ(tilt(), mainTilt - 5.0);
+    ASSERT_EQ(transform.put_SelectedView(0), S_OK);
+    EXPECT_EQ(pan(), 30.0);
+    EXPECT_EQ(tilt(), mainTilt);
+    ASSERT_EQ(transform.put_SelectedView(3), S_OK);
+    EXPECT_EQ(pan(), 165.0) << "30 and the third view's 135";
+}
+
+TEST_F(ViewProperties, anotherMountingPutsTheSubViewsBack) {
+    ASSERT_EQ(transform.put_ViewType(1), S_OK); // no mounting is the ceiling's in this view
+    ASSERT_EQ(transform.put_SelectedView(1), S_OK);
+    ASSERT_EQ(transform.put_Pan(10.0), S_OK);
+    ASSERT_EQ(transform.put_TiltOrientation(2), S_OK);
+    EXPECT_EQ(pan(), 10.0) << "the same in force";
+    ASSERT_EQ(transform.put_TiltOrientation(3), S_OK);
+    const double subView = pan();
+    ASSERT_EQ(transform.put_SelectedView(0), S_OK);
+    EXPECT_EQ(subView - pan(), -45.0);
+}
+
 TEST_F(ViewProperties, effectLevelIsLimited) {
     EXPECT_EQ(transform.put_EffectLevel(1.7), S_OK);
     EXPECT_EQ(get(&IDewarpingTransform::get_EffectLevel), 1.0);

@@ -142,8 +142,9 @@ HRESULT CStreamTypes::Discontinuity(DWORD stream, bool isInputHeld) const {
 
 HRESULT CStreamTypes::Flush() {
     if (areAllTypesSet() && !m_isFlushed) {
-        m_owner.flushStream();
+        // Before it: a buffer that is let go may hand the next one in.
         m_isFlushed = true;
+        m_owner.flushStream();
     }
     return S_OK;
 }

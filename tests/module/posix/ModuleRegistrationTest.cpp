@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -77,26 +78,56 @@ TEST_F(ModuleRegistration, reportsAStoreThatCannotBeWritten) {
     EXPECT_EQ(m_folder.count(), 0);
 }
 
-/// The names that nm prints for the symbols others can see.
-std::vector<std::string> exportedNames() {
-    std::vector<std::string> names;
-    FILE* const pipe = popen("nm -D --defined-only " TARVO_PROBE_MODULE, "r");
+/// The lines that a program prints.
+std::vector<std::string> linesOf(const std::string& command) {
+    std::vector<std::string> lines;
+    FILE* const pipe = popen(command.c_str(), "r");
     EXPECT_NE(pipe, nullptr);
     char line[1000];
     while (pipe != nullptr && fgets(line, sizeof line, pipe) != nullptr) {
         const std::string text(line);
-        const std::size_t start = text.rfind(' ') + 1;
-        names.push_back(text.substr(start, text.find('\n') - start));
+        lines.push_back(text.substr(0, text.find('\n')));
     }
     if (pipe != nullptr) {
-        EXPECT_EQ(pclose(pipe), 0);
+        EXPECT_EQ(pclose(pipe), 0) << command;
     }
+    return lines;
+}
+
+/// The names of the symbols that others can see.
+std::vector<std::string> exportedNames(const std::string& module) {
+    std::vector<std::string> names = linesOf("LC_ALL=C nm -D --defined-only '" + module + "'");
+    for (std::string& name : names)
+        name.erase(0, name.rfind(' ') + 1);
     return names;
 }
 
-TEST(ModuleExports, areFour) {
-    EXPECT_EQ(exportedNames(), (std::vector<std::string>{"DllCanUnloadNow", "DllGetClassObject",
-                                                         "DllRegisterServer", "DllUnregisterServer"}));
+class ModuleExports : public testing::TestWithParam<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Modules, ModuleExports, testing::Values(TARVO_PROBE_MODULE, TARVO_PRODUCT_MODULE),
+                         [](const auto& parameters) { return parameters.index == 0 ? "probe" : "product"; });
+
+TEST_P(ModuleExports, areFour) {
+    EXPECT_EQ(exportedNames(GetParam()),
+              (std::vector<std::string>{"DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer",
+                                        "DllUnregisterServer"}));
+}
+
+TEST_P(ModuleExports, needNothingButTheStandardLibrary) {
+    const std::vector<std::string> allowed{"libstdc++.so", "libm.so", "libgcc_s.so", "libc.so", "ld-linux",
+                                           // of builds that are watched over
+                                           "libasan.so", "libubsan.so", "libtsan.so"};
+    int count = 0;
+    for (const std::string& line : linesOf("LC_ALL=C objdump -p '" + std::string(GetParam()) + "'")) {
+        if (line.find("NEEDED") == std::string::npos)
+            continue;
+        ++count;
+        const std::string library = line.substr(line.rfind(' ') + 1);
+        EXPECT_TRUE(std::ranges::any_of(allowed, [&](const std::string& start) {
+            return library.starts_with(start);
+        })) << library;
+    }
+    EXPECT_GT(count, 0);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "transform/streaming/TypeNegotiation.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,6 +44,8 @@ public:
     bool deviceExists = false;
     HRESULT creation = S_OK;
     std::vector<std::string> calls;
+    /// Done inside flushStream(), as what is let go there may call back.
+    std::function<void()> whileFlushing;
 
     std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }
 
@@ -59,7 +62,11 @@ public:
     }
     void inputChecked() override { calls.emplace_back("input"); }
     void outputChecked() override { calls.emplace_back("output"); }
-    void flushStream() override { calls.emplace_back("flush"); }
+    void flushStream() override {
+        calls.emplace_back("flush");
+        if (whileFlushing)
+            whileFlushing();
+    }
     void freeCachedFrame() override { calls.emplace_back("cache"); }
     void releaseCurrentImage() override { calls.emplace_back("image"); }
 };

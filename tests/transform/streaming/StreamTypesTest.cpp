@@ -293,6 +293,16 @@ TEST_F(StreamTypes, flushOnceAfterAnInput) {
     EXPECT_THAT(owner.takeCalls(), ElementsAre("flush"));
 }
 
+TEST_F(StreamTypes, flushAgainWhatCameInDuringAFlush) {
+    setBoth();
+    types.inputBegun();
+    owner.whileFlushing = [this] { types.inputBegun(); };
+    EXPECT_EQ(types.Flush(), S_OK);
+    owner.whileFlushing = nullptr;
+    EXPECT_EQ(types.Flush(), S_OK);
+    EXPECT_THAT(owner.takeCalls(), ElementsAre("flush", "flush"));
+}
+
 TEST_F(StreamTypes, freeResourcesWhenATypeIsCleared) {
     setBoth();
     types.inputBegun();
