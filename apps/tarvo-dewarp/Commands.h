@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/tarvo-dewarp/FrameRun.h"
+#include "apps/tarvo-dewarp/Still.h"
 
 #include <functional>
 #include <iosfwd>
@@ -21,10 +21,13 @@ struct Command {
 // Each of these adds a command with its options to the program. Reading the arguments and carrying the
 // command out throw UsageError, FileError or std::bad_alloc.
 
-/// `still`: one picture in, one view of it out, drawn by the device that the maker gives.
-Command addStillCommand(CLI::App& program, const DeviceMaker& makeDevice);
+/// `still`: one picture in, one view of it out, drawn by whatever is given.
+Command addStillCommand(CLI::App& program, const StillRenderer& draw);
 
-/// `map-point`: the direction seen at a point of a view.
+/// `video`: a video in, views of it out; the module draws. Throws also host::HostError, QuietEnd.
+Command addVideoCommand(CLI::App& program);
+
+/// `map-point`: the direction seen at a point of a view, as the module tells. Throws also host::HostError.
 Command addMapPointCommand(CLI::App& program);
 
 /// `scene`: a picture of the test room.

@@ -1,16 +1,10 @@
 #include "apps/tarvo-dewarp/CustomViewSettings.h"
 
-#include "apps/tarvo-dewarp/FrameRun.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
 #include "apps/tarvo-dewarp/WholeFile.h"
 #include "apps/tarvo-dewarp/tables/LookupTable.h"
-#include "custom/BorderAdjustment.h"
-#include "custom/tables/CustomTransformData.h"
 
-#include <algorithm>
-#include <new>
-#include <span>
-#include <vector>
+#include <string>
 
 namespace tarvo::apps {
 namespace {
@@ -43,7 +37,7 @@ void addTables(CLI::App& command, CustomViewSettings& settings) {
         ->group(group);
 }
 
-void addVirtualPtz(CLI::App& command, custom::VirtualPtzSettings& ptz) {
+void addVirtualPtz(CLI::App& command, VirtualPtzOptions& ptz) {
     const std::string group = "Custom view";
     addValue(command, "--virtual-ptz-pan", ptz.pan, readAngle, "DEGREES",
              "Direction to the right of the panorama's middle; 0 by default. The view is\n"
@@ -77,13 +71,6 @@ void addVirtualPtz(CLI::App& command, custom::VirtualPtzSettings& ptz) {
         ->group(group);
 }
 
-/// A host's puts draw the view back when they change one of these.
-bool isAdjusted(const custom::VirtualPtzSettings& ptz) {
-    const custom::VirtualPtzSettings initial;
-    return ptz.pan != initial.pan || ptz.fieldOfView != initial.fieldOfView ||
-           ptz.useStrictBorderMode != initial.useStrictBorderMode;
-}
-
 } // namespace
 
 void addCustomViewOptions(CLI::App& command, CustomViewSettings& settings) {
@@ -100,24 +87,18 @@ void checkTablesGiven(const CustomViewSettings& settings, bool isCustomView) {
     }
 }
 
-void loadTables(custom::CCustomTransformShader& shader, const std::filesystem::path& path,
-                const diagnostics::ObjectLog& log) {
+std::vector<std::uint8_t> readTablesFile(const std::filesystem::path& path) {
     const std::uintmax_t size = ordinaryFileSize(path);
     if (size > largestTablesFile) {
         throw FileError(path, "it is larger than any file of tables that can be read");
     }
-    const std::vector<std::uint8_t> bytes = readBeginning(path, static_cast<std::size_t>(size));
-    const HRESULT result = custom::SetCustomTransformData(shader, std::as_bytes(std::span(bytes)), 0, log);
-    if (result == E_OUTOFMEMORY) {
-        throw std::bad_alloc();
-    }
+    return readBeginning(path, static_cast<std::size_t>(size));
+}
+
+void checkTables(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes) {
     try {
-        if (FAILED(result)) {
-            readTablesHead(bytes); // knows what is wrong with them
-            requireStep(result, "handing over the tables");
-        }
-        if (!shader.tableAspect()) {
-            const TablesHead head = readTablesHead(bytes);
+        const TablesHead head = readTablesHead(bytes);
+        if (head.tableCount == 0 || head.width == 0 || head.height == 0) {
             throw CodingError("it holds no tables: its head says " + std::to_string(head.tableCount) +
                               " of " + std::to_string(head.width) + "x" + std::to_string(head.height) +
                               " cells");
@@ -125,22 +106,6 @@ void loadTables(custom::CCustomTransformShader& shader, const std::filesystem::p
     } catch (const CodingError& error) {
         throw FileError(path, error.what());
     }
-}
-
-void steer(custom::CCustomTransformShader& shader, const CustomViewSettings& settings, double effectLevel,
-           float outputAspect) {
-    custom::VirtualPtzSettings ptz = settings.virtualPtz;
-    ptz.outputAspect = outputAspect;
-    ptz.fieldOfView =
-        std::clamp(ptz.fieldOfView, custom::smallestVirtualFieldOfView, custom::largestVirtualFieldOfView);
-    if (isAdjusted(ptz)) {
-        ptz = custom::adjustedToBorder(ptz);
-    }
-    shader.setVirtualPtz(ptz);
-    shader.setViewRectangle(settings.viewRectangle);
-    shader.setOutputAspect(outputAspect);
-    requireStep(shader.setControlType(settings.controlType), "choosing the control");
-    requireStep(shader.setEffectLevel(static_cast<float>(effectLevel)), "setting the effect level");
 }
 
 } // namespace tarvo::apps

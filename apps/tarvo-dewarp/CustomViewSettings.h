@@ -1,13 +1,12 @@
 #pragma once
 
-#include "custom/BoundedRectangle.h"
-#include "custom/VirtualPtzSettings.h"
-#include "custom/tables/CustomTransformShader.h"
-#include "diagnostics/ObjectLog.h"
+#include "apps/host/TransformProperties.h"
 #include "geometry/Enumerations.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -15,12 +14,25 @@ class App;
 
 namespace tarvo::apps {
 
-/// The custom view as the command line describes it; what was not given holds the component's default.
+/// The virtual camera in a panorama, angles in degrees; what was not given stays as the component has it.
+struct VirtualPtzOptions {
+    std::optional<double> panoramaHorizontalFieldOfView;
+    std::optional<double> panoramaVerticalFieldOfView;
+    std::optional<double> cameraPitch;
+    std::optional<double> cameraRoll;
+    std::optional<double> effectLevel;
+    std::optional<double> pan;
+    std::optional<double> tilt;
+    std::optional<double> fieldOfView;
+    bool useStrictBorderMode = false;
+};
+
+/// The custom view as the command line describes it.
 struct CustomViewSettings {
     std::optional<std::filesystem::path> tables;
     geometry::CustomTransformControlType controlType = geometry::CustomTransformControlType::digitalZoom;
-    custom::BoundedRectangle viewRectangle;
-    custom::VirtualPtzSettings virtualPtz;
+    std::optional<host::TransformProperties::Edges> viewRectangle;
+    VirtualPtzOptions virtualPtz;
 };
 
 /// Adds the options that describe the custom view; `settings` must outlive the parsing.
@@ -29,15 +41,10 @@ void addCustomViewOptions(CLI::App& command, CustomViewSettings& settings);
 /// Throws UsageError when the custom view has no tables, or tables are given to another view.
 void checkTablesGiven(const CustomViewSettings& settings, bool isCustomView);
 
-/// Hands the shader the tables in a file. Throws FileError, which says why, when they cannot be had or are
-/// refused or none; std::bad_alloc.
-void loadTables(custom::CCustomTransformShader& shader, const std::filesystem::path& path,
-                const diagnostics::ObjectLog& log);
+/// The bytes of a file of tables. Throws FileError, std::bad_alloc.
+std::vector<std::uint8_t> readTablesFile(const std::filesystem::path& path);
 
-/// Sets all else that the shader draws by; `outputAspect` is the output's width / height. The virtual camera
-/// is drawn back into the panorama as a put of the same values does it, but once, after all of them are set:
-/// on a command line they have no order. Throws RenderError.
-void steer(custom::CCustomTransformShader& shader, const CustomViewSettings& settings, double effectLevel,
-           float outputAspect);
+/// Throws FileError, which says what is wrong with the file, when its bytes are no tables or none at all.
+void checkTables(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes);
 
 } // namespace tarvo::apps

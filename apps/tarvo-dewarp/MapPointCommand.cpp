@@ -1,7 +1,8 @@
+#include "apps/host/HostError.h"
 #include "apps/tarvo-dewarp/Commands.h"
+#include "apps/tarvo-dewarp/ModuleOption.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
-#include "apps/tarvo-dewarp/ViewSettings.h"
-#include "geometry/PointMapping.h"
+#include "apps/tarvo-dewarp/ViewTransform.h"
 
 #include <cmath>
 #include <iomanip>
@@ -15,6 +16,7 @@ namespace {
 struct MapPointSettings {
     double x = 0.0;
     double y = 0.0;
+    ModuleSettings module;
     ViewSettings view;
     // The frame that the component assumes until it knows better.
     geometry::PictureSize inputSize{2592, 1944};
@@ -39,20 +41,29 @@ void printPair(std::ostream& out, const char* firstName, double first, const cha
 }
 
 void mapOnePoint(const MapPointSettings& settings, std::ostream& out) {
-    if (!geometry::isSingleDewarp(settings.view.viewType)) {
+    using geometry::ViewType;
+    if (settings.view.viewType != ViewType::single && settings.view.viewType != ViewType::singleOverview) {
         throw UsageError("Point mapping only supported in single dewarp view.");
     }
-    const geometry::CViewState view = makeView(settings.view, settings.inputSize);
+    const CustomViewSettings customView;
+    const host::CModule module(settings.module.path());
+    CViewTransform view(module, {settings.view, customView, false, {}});
+    const auto width = static_cast<std::int32_t>(settings.inputSize.width);
+    const auto height = static_cast<std::int32_t>(settings.inputSize.height);
+    view.setInput(host::makeVideoFormat(host::FramePixels::rgb32, width, -height));
+    view.setOutput(host::FramePixels::rgb32);
+    double first = 0.0;
+    double second = 0.0;
     if (settings.goesToOverview) {
-        const geometry::OverviewPoint point =
-            geometry::mapPointToOverview(view, settings.x, settings.y).value();
-        printPair(out, "x", point.x, "y", point.y);
+        host::requireStep(view.transform().MapPointToOverview(settings.x, settings.y, &first, &second, 0),
+                          "mapping the point to the overview");
+        printPair(out, "x", first, "y", second);
         return;
     }
-    const std::int32_t flags =
-        settings.ignoresOverview ? static_cast<std::int32_t>(geometry::PointMapFlag::ignoreOverviewMap) : 0;
-    const geometry::PanTilt direction = geometry::mapPoint(view, settings.x, settings.y, flags).value();
-    printPair(out, "pan", direction.panDegrees, "tilt", direction.tiltDegrees);
+    const LONG flags = settings.ignoresOverview ? TarvoVideoTransformLib::ignoreOverviewMap : 0;
+    host::requireStep(view.transform().MapPoint(settings.x, settings.y, &first, &second, flags),
+                      "mapping the point");
+    printPair(out, "pan", first, "tilt", second);
 }
 
 } // namespace
@@ -78,6 +89,7 @@ Command addMapPointCommand(CLI::App& program) {
                   "In singleOverview, look past the overview that covers the view.")
         ->excludes(toOverview);
     addViewOptions(command, settings->view, CustomView::refused);
+    addModuleOption(command, settings->module);
     command.footer("Works in the view types single and singleOverview.\n"
                    "Example: where the middle of the left edge looks\n"
                    "  tarvo-dewarp map-point 0 0.5 --tilt-orientation wall --pan 30 --input-size 1920x1080\n"

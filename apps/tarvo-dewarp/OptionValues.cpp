@@ -183,15 +183,10 @@ geometry::ExcludeArea readExcludeArea(const std::string& option, const std::stri
         "LEFT,TOP,RIGHT,BOTTOM, each a number from 0 to 1, LEFT at most RIGHT and TOP at most BOTTOM");
 }
 
-custom::BoundedRectangle readViewRectangle(const std::string& option, const std::string& text) {
+host::TransformProperties::Edges readViewRectangle(const std::string& option, const std::string& text) {
     const auto edges = numberList<4>(text, 0.0, 1.0);
     if (edges && (*edges)[0] < (*edges)[2] && (*edges)[1] < (*edges)[3]) {
-        custom::BoundedRectangle rectangle;
-        rectangle.left = (*edges)[0];
-        rectangle.top = (*edges)[1];
-        rectangle.right = (*edges)[2];
-        rectangle.bottom = (*edges)[3];
-        return rectangle;
+        return {(*edges)[0], (*edges)[1], (*edges)[2], (*edges)[3]};
     }
     refuseValue(
         option, text,

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "apps/host/TransformProperties.h"
 #include "apps/tarvo-dewarp/PictureCoding.h"
-#include "custom/BoundedRectangle.h"
 #include "geometry/Enumerations.h"
 #include "geometry/ExcludeArea.h"
 #include "geometry/LensProfile.h"
@@ -43,7 +43,7 @@ geometry::LensProfile readLensProfile(const std::string& option, const std::stri
 /// LEFT,TOP,RIGHT,BOTTOM, fractions in that order.
 geometry::ExcludeArea readExcludeArea(const std::string& option, const std::string& text);
 /// The same, but not empty.
-custom::BoundedRectangle readViewRectangle(const std::string& option, const std::string& text);
+host::TransformProperties::Edges readViewRectangle(const std::string& option, const std::string& text);
 /// A member of the enumeration by its name; `custom` is refused.
 geometry::ViewType readBuiltInViewType(const std::string& option, const std::string& text);
 /// A member of the enumeration by its name.

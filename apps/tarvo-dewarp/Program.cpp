@@ -111,6 +111,8 @@ int runProgram(const Program& program, std::span<const std::string> arguments, s
     int status = exitFailure;
     try {
         return run(program, arguments, out, err);
+    } catch (const QuietEnd& end) {
+        status = end.status;
     } catch (const UsageError& error) {
         status = exitUsage;
         err << program.name << ": " << error.what() << '\n';

@@ -16,6 +16,12 @@ inline constexpr int exitFailure = 1;
 /// Arguments that are not understood or not allowed; nothing was read or written for an unknown one.
 inline constexpr int exitUsage = 2;
 
+/// Thrown to end the program with an exit status and no message, since whoever ended it knows why: nobody
+/// reads its output any more, or it was interrupted.
+struct QuietEnd {
+    int status;
+};
+
 /// A program that is a set of commands.
 struct Program {
     const char* name;

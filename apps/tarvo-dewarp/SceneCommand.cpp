@@ -1,13 +1,19 @@
 #include "apps/tarvo-dewarp/Commands.h"
+#include "apps/tarvo-dewarp/FrameCoding.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
 #include "apps/tarvo-dewarp/OutputArgument.h"
 #include "apps/tarvo-dewarp/PictureFile.h"
+#include "apps/tarvo-dewarp/video/Interruption.h"
+#include "apps/tarvo-dewarp/video/Progress.h"
+#include "apps/tarvo-dewarp/video/VideoFiles.h"
 #include "scene/FisheyeLens.h"
 #include "scene/Render.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 namespace tarvo::apps {
@@ -15,15 +21,18 @@ namespace {
 
 constexpr geometry::PictureSize fisheyeSize{2592, 1944};
 constexpr geometry::PictureSize perspectiveSize{1024, 768};
+constexpr geometry::PictureSize clipSize{640, 480};
 
 struct SceneSettings {
-    std::filesystem::path output;
+    std::string output;
     std::optional<geometry::PictureSize> size;
     geometry::TiltOrientation tiltOrientation = geometry::TiltOrientation::wall;
     std::optional<geometry::LensProfile> lensProfile;
     std::optional<double> maxAngleDegrees;
     double timeSeconds = 0.0;
     std::optional<ThreeNumbers> perspective;
+    std::optional<double> clipSeconds;
+    video::FrameRate clipRate;
 };
 
 double readMaxAngle(const std::string& option, const std::string& text) {
@@ -32,6 +41,10 @@ double readMaxAngle(const std::string& option, const std::string& text) {
 
 double readTime(const std::string& option, const std::string& text) {
     return readNumber(option, text, -1e6, 1e6, "a number of seconds from -1000000 to 1000000");
+}
+
+double readClipSeconds(const std::string& option, const std::string& text) {
+    return readNumber(option, text, 0.001, 3600.0, "a number of seconds from 0.001 to 3600");
 }
 
 ThreeNumbers readPerspective(const std::string& option, const std::string& text) {
@@ -56,11 +69,17 @@ geometry::LensProfile readSceneLens(const std::string& option, const std::string
     return profile;
 }
 
-render::Picture drawScene(const SceneSettings& settings) {
-    const scene::CRoom room(settings.timeSeconds);
+geometry::PictureSize sizeOf(const SceneSettings& settings) {
+    if (settings.size) {
+        return *settings.size;
+    }
+    return settings.clipSeconds ? clipSize : settings.perspective ? perspectiveSize : fisheyeSize;
+}
+
+render::Picture drawScene(const SceneSettings& settings, double timeSeconds) {
+    const scene::CRoom room(timeSeconds);
     scene::FisheyeCamera camera = scene::defaultCamera(settings.tiltOrientation);
-    const geometry::PictureSize size =
-        settings.size.value_or(settings.perspective ? perspectiveSize : fisheyeSize);
+    const geometry::PictureSize size = sizeOf(settings);
     const int width = static_cast<int>(size.width);
     const int height = static_cast<int>(size.height);
     if (settings.perspective) {
@@ -74,19 +93,64 @@ render::Picture drawScene(const SceneSettings& settings) {
     return scene::renderFisheye(room, camera, width, height);
 }
 
+void writePicture(const SceneSettings& settings) {
+    const std::filesystem::path output = readOutputPath("OUTPUT", settings.output);
+    checkTarget(output);
+    writePng(output, drawScene(settings, settings.timeSeconds));
+}
+
+/// In YUV4MPEG2 the colours are those that the component sees again; other files get them as they are.
+void writeClip(const SceneSettings& settings, std::ostream& out) {
+    const geometry::PictureSize size = sizeOf(settings);
+    const int width = static_cast<int>(size.width);
+    const int height = static_cast<int>(size.height);
+    const bool isY4m = video::isY4mName(settings.output);
+    const auto pixels = isY4m ? host::FramePixels::yv12 : host::FramePixels::rgb32;
+    video::checkVideoTarget(settings.output, pixels, "");
+    const video::VideoOutput clip{host::makeVideoFormat(pixels, width, isY4m ? height : -height),
+                                  settings.clipRate, true};
+    const auto sink = video::createVideo(settings.output, clip, "", out);
+    const render::InputFormat format = inputFrameFormat(
+        isY4m ? render::PixelFormat::yv12 : render::PixelFormat::rgb32, width, height, false);
+    const std::int64_t frames =
+        std::max(std::llround(*settings.clipSeconds * settings.clipRate.perSecond()), 1LL);
+    video::CProgress progress(video::terminalForProgress(), frames);
+    for (std::int64_t i = 0; i < frames; ++i) {
+        video::CInterruption::check();
+        const std::int64_t start = startOf(i, settings.clipRate);
+        const double seconds = static_cast<double>(i) / settings.clipRate.perSecond();
+        sink->put(encodeFrame(drawScene(settings, settings.timeSeconds + seconds), format), start,
+                  startOf(i + 1, settings.clipRate) - start);
+        progress.frameDone();
+    }
+    sink->finish();
+}
+
 } // namespace
 
 Command addSceneCommand(CLI::App& program) {
     const auto settings = std::make_shared<SceneSettings>();
     CLI::App& command = *program.add_subcommand(
         "scene", "Draw the test room as a fisheye or an ideal perspective camera sees it.");
-    addOutputArgument(command, settings->output);
+    addValue(
+        command, "OUTPUT", settings->output, [](const std::string&, const std::string& text) { return text; },
+        "FILE",
+        "Picture to write, its name ending in .png, or with --seconds a video, as the\n"
+        "command video writes them. An existing file is replaced.")
+        ->required();
     addValue(command, "--size", settings->size, readSize, "WIDTHxHEIGHT",
-             "Pixels, each side 1 to 16384. Default 2592x1944, in perspective 1024x768.");
+             "Pixels, each side 1 to 16384. Default 2592x1944, in perspective 1024x768, as a\n"
+             "video 640x480.");
     addValue(command, "--tilt-orientation", settings->tiltOrientation, readTiltOrientation, "NAME",
              "Where the camera is: wall (default, as is undef), ceiling or desk.");
     addValue(command, "--time", settings->timeSeconds, readTime, "SECONDS",
              "Moment, -1000000 to 1000000; default 0. A ball rolls round the table in 12\nseconds.");
+    CLI::Option* const seconds =
+        addValue(command, "--seconds", settings->clipSeconds, readClipSeconds, "SECONDS",
+                 "Draw a video of that length, 0.001 to 3600, from the moment on.");
+    addValue(command, "--frame-rate", settings->clipRate, video::readFrameRate, "FPS",
+             "Frames a second of the video, as 12.5 or 30000/1001; 25 by default.")
+        ->needs(seconds);
     CLI::Option* const lens =
         addValue(command, "--lens-profile", settings->lensProfile, readSceneLens, "A,B,C",
                  "Lens polynomial r = A*t^3 + B*t^2 + C*t: t is the angle from the lens axis in\n"
@@ -104,9 +168,12 @@ Command addSceneCommand(CLI::App& program) {
     command.footer("Example: what a ceiling camera sees, and the truth to the south below it\n"
                    "  tarvo-dewarp scene fisheye.png --tilt-orientation ceiling\n"
                    "  tarvo-dewarp scene truth.png --tilt-orientation ceiling --perspective 180,-35,25");
-    return {&command, [settings](std::ostream&) {
-                checkTarget(settings->output);
-                writePng(settings->output, drawScene(*settings));
+    return {&command, [settings](std::ostream& out) {
+                if (settings->clipSeconds) {
+                    video::interruptibly([&] { writeClip(*settings, out); });
+                } else {
+                    writePicture(*settings);
+                }
             }};
 }
 

@@ -1,7 +1,5 @@
 #include "apps/tarvo-dewarp/Commands.h"
 #include "apps/tarvo-dewarp/CustomViewSettings.h"
-#include "apps/tarvo-dewarp/FrameCoding.h"
-#include "apps/tarvo-dewarp/FrameRun.h"
 #include "apps/tarvo-dewarp/FrameSettings.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
 #include "apps/tarvo-dewarp/OutputArgument.h"
@@ -22,34 +20,18 @@ struct StillSettings {
     bool isBypassed = false;
 };
 
-void makeStill(const StillSettings& settings, const DeviceMaker& makeDevice) {
-    const bool isCustom = settings.view.viewType == geometry::ViewType::custom;
-    checkTablesGiven(settings.customView, isCustom);
+void makeStill(const StillSettings& settings, const StillRenderer& draw) {
+    checkTablesGiven(settings.customView, settings.view.viewType == geometry::ViewType::custom);
     const InputFrame input = readInputFrame(settings.input, settings.frames);
-    const diagnostics::ObjectLog log = openRendererLog();
-    custom::CCustomTransformShader shader(log);
-    if (isCustom) {
-        loadTables(shader, *settings.customView.tables, log);
-    }
-    const geometry::CViewState view = makeView(
-        settings.view,
-        {static_cast<std::uint32_t>(input.format.width), static_cast<std::uint32_t>(input.format.height)},
-        shader.tableAspect());
-    if (isCustom) {
-        steer(shader, settings.customView, settings.view.effectLevel, view.outputAspect());
-    }
     checkTarget(settings.output);
-    const geometry::PictureSize size = view.outputSize();
-    const render::OutputFormat output =
-        outputFrameFormat(settings.frames.outputFormat, static_cast<int>(size.width),
-                          static_cast<int>(size.height), settings.frames.isOutputBottomUp);
-    const FrameJob job{input, output, view, isCustom ? &shader : nullptr, settings.isBypassed};
-    writeOutputFrame(settings.output, runFrame(makeDevice, log, job), output);
+    const StillFrame frame =
+        draw({input, settings.frames, settings.view, settings.customView, settings.isBypassed});
+    writeOutputFrame(settings.output, frame.bytes, frame.format);
 }
 
 } // namespace
 
-Command addStillCommand(CLI::App& program, const DeviceMaker& makeDevice) {
+Command addStillCommand(CLI::App& program, const StillRenderer& draw) {
     const std::string name = program.get_name();
     const auto settings = std::make_shared<StillSettings>();
     CLI::App& command = *program.add_subcommand("still", "Dewarp one fisheye picture.");
@@ -77,7 +59,7 @@ Command addStillCommand(CLI::App& program, const DeviceMaker& makeDevice) {
                    name +
                    " still fisheye.png view.png --tilt-orientation ceiling --pan 45 --tilt -35 "
                    "--field-of-view 25");
-    return {&command, [settings, makeDevice](std::ostream&) { makeStill(*settings, makeDevice); }};
+    return {&command, [settings, draw](std::ostream&) { makeStill(*settings, draw); }};
 }
 
 } // namespace tarvo::apps

@@ -90,42 +90,6 @@ void addSizeOptions(CLI::App& command, ViewSettings& settings) {
         ->group(group);
 }
 
-std::int32_t optionsWord(const ViewSettings& settings) {
-    std::int32_t options = 0;
-    if (settings.isOverviewLeft) {
-        options |= static_cast<std::int32_t>(geometry::OptionFlag::overviewMapPlacementLeft);
-    }
-    if (settings.isOutputWide) {
-        options |= static_cast<std::int32_t>(geometry::OptionFlag::outputFormat_16_9);
-    }
-    return options;
-}
-
-geometry::PictureSize outputSize(const ViewSettings& settings, geometry::PictureSize input,
-                                 std::optional<float> customAspect) {
-    geometry::OutputSizeRequest request;
-    request.input = input;
-    request.viewType = settings.viewType;
-    request.options = optionsWord(settings);
-    request.wanted = {static_cast<std::uint32_t>(settings.outputWidth.value_or(0)),
-                      static_cast<std::uint32_t>(settings.outputHeight.value_or(0))};
-    request.isWantedSet = settings.outputWidth || settings.outputHeight;
-    request.panoramaFieldOfViewDegrees = settings.panoramaFieldOfViewDegrees;
-    request.customAspect = customAspect;
-    const geometry::PictureSize size = geometry::deriveOutputSize(request);
-    const auto isSide = [](std::uint32_t side) { return side >= 1 && side <= maxPictureSide; };
-    if (!isSide(size.width) || !isSide(size.height)) {
-        throw UsageError("for an input of " + std::to_string(input.width) + "x" +
-                         std::to_string(input.height) + " pixels the output would have " +
-                         std::to_string(size.width) + "x" + std::to_string(size.height) +
-                         "; each side must be 1 to " + std::to_string(maxPictureSide) +
-                         (settings.isOutputWide && settings.viewType != geometry::ViewType::custom
-                              ? ": leave out --output-format-16-9"
-                              : ": give --output-width and --output-height"));
-    }
-    return size;
-}
-
 } // namespace
 
 void addViewOptions(CLI::App& command, ViewSettings& settings, CustomView customView) {
@@ -135,31 +99,23 @@ void addViewOptions(CLI::App& command, ViewSettings& settings, CustomView custom
     addSizeOptions(command, settings);
 }
 
-geometry::CViewState makeView(const ViewSettings& settings, geometry::PictureSize input,
-                              std::optional<float> customAspect) {
-    const geometry::PictureSize output = outputSize(settings, input, customAspect);
-    geometry::CViewState view;
-    view.setOptions(optionsWord(settings));
-    view.setExcludeArea(settings.excludeArea);
-    view.setLensProfile(settings.lensProfile);
-    view.setTiltOrientation(settings.tiltOrientation);
-    view.setViewType(settings.viewType);
-    view.setEffectLevel(settings.effectLevel);
-    view.setPanoramaFieldOfView(settings.panoramaFieldOfViewDegrees);
-    view.setPanoramaPanOffset(settings.panoramaPanOffsetDegrees);
-    view.setInputSize(static_cast<int>(input.width), static_cast<int>(input.height));
-    view.setOutputSize(static_cast<int>(output.width), static_cast<int>(output.height));
-    // Last, since mounting, view type and output shape bring their own limits and defaults for these.
-    if (settings.panDegrees) {
-        view.setPan(*settings.panDegrees);
+void requireOutputSize(const ViewSettings& settings, int inputWidth, int inputHeight, std::int64_t width,
+                       std::int64_t height) {
+    const auto isSide = [](std::int64_t side) { return side >= 1 && side <= maxPictureSide; };
+    if (!isSide(width) || !isSide(height)) {
+        refuseOutputSize(settings, inputWidth, inputHeight,
+                         std::to_string(width) + "x" + std::to_string(height));
     }
-    if (settings.tiltDegrees) {
-        view.setTilt(*settings.tiltDegrees);
-    }
-    if (settings.fieldOfViewDegrees) {
-        view.setFieldOfView(*settings.fieldOfViewDegrees);
-    }
-    return view;
+}
+
+void refuseOutputSize(const ViewSettings& settings, int inputWidth, int inputHeight,
+                      const std::string& size) {
+    throw UsageError("for an input of " + std::to_string(inputWidth) + "x" + std::to_string(inputHeight) +
+                     " pixels the output would have " + size + "; each side must be 1 to " +
+                     std::to_string(maxPictureSide) +
+                     (settings.isOutputWide && settings.viewType != geometry::ViewType::custom
+                          ? ": leave out --output-format-16-9"
+                          : ": give --output-width and --output-height"));
 }
 
 } // namespace tarvo::apps

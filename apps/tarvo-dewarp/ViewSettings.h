@@ -4,10 +4,10 @@
 #include "geometry/ExcludeArea.h"
 #include "geometry/LensProfile.h"
 #include "geometry/PanoramaRectangle.h"
-#include "geometry/ViewState.h"
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 namespace CLI {
 class App;
@@ -39,9 +39,13 @@ enum class CustomView { refused, offered };
 /// Adds the options that describe a view; `settings` must outlive the parsing.
 void addViewOptions(CLI::App& command, ViewSettings& settings, CustomView customView);
 
-/// The view of an input of the given size, with the output size that follows, of a custom view's tables of
-/// that shape. Throws UsageError when that output would have a side of 0 or one beyond maxPictureSide.
-geometry::CViewState makeView(const ViewSettings& settings, geometry::PictureSize input,
-                              std::optional<float> customAspect = {});
+/// Throws UsageError when the output of an input of that size, pixels, has a side of 0 or one beyond
+/// maxPictureSide.
+void requireOutputSize(const ViewSettings& settings, int inputWidth, int inputHeight, std::int64_t width,
+                       std::int64_t height);
+
+/// Throws that error for an output of the size that the text tells.
+[[noreturn]] void refuseOutputSize(const ViewSettings& settings, int inputWidth, int inputHeight,
+                                   const std::string& size);
 
 } // namespace tarvo::apps

@@ -35,51 +35,6 @@ fs::path linkedTarget(const fs::path& path) {
     return target;
 }
 
-/// A new file beside the target that vanishes unless it is made to replace it.
-class CReplacement {
-public:
-    explicit CReplacement(const fs::path& target) : m_target(target), m_path(target.parent_path()) {
-        std::random_device random;
-        std::array<char, 32> name{};
-        std::snprintf(name.data(), name.size(), ".tarvo-%08x%08x.tmp", random(), random());
-        m_path /= name.data();
-    }
-    ~CReplacement() {
-        m_stream.close();
-        std::error_code ignored;
-        fs::remove(m_path, ignored);
-    }
-    CReplacement(const CReplacement&) = delete;
-    CReplacement& operator=(const CReplacement&) = delete;
-
-    void write(std::span<const std::uint8_t> bytes) {
-        errno = 0;
-        m_stream.open(m_path, std::ios::binary | std::ios::trunc);
-        if (m_stream) {
-            m_stream.write(reinterpret_cast<const char*>(bytes.data()),
-                           static_cast<std::streamsize>(bytes.size()));
-            // Only closing tells whether everything arrived.
-            m_stream.close();
-        }
-        if (!m_stream) {
-            throw FileError(m_target, lastReason("it cannot be written"));
-        }
-    }
-
-    void replaceTarget() {
-        std::error_code error;
-        fs::rename(m_path, m_target, error);
-        if (error) {
-            throw FileError(m_target, error.message());
-        }
-    }
-
-private:
-    fs::path m_target;
-    fs::path m_path;
-    std::ofstream m_stream;
-};
-
 } // namespace
 
 FileError::FileError(const fs::path& path, const std::string& reason)
@@ -143,9 +98,58 @@ void checkTarget(const fs::path& path) {
     }
 }
 
-void writeWholeFile(const fs::path& path, std::span<const std::uint8_t> bytes) {
+CReplacement::CReplacement(const fs::path& path) : m_name(path) {
     checkTarget(path);
-    CReplacement replacement(linkedTarget(path));
+    m_target = linkedTarget(path);
+    std::random_device random;
+    std::array<char, 32> name{};
+    std::snprintf(name.data(), name.size(), ".tarvo-%08x%08x.tmp", random(), random());
+    m_path = m_target.parent_path() / name.data();
+    errno = 0;
+    m_stream.open(m_path, std::ios::binary | std::ios::trunc);
+    if (!m_stream) {
+        throw FileError(m_name, lastReason("it cannot be written"));
+    }
+}
+
+CReplacement::~CReplacement() {
+    m_stream.close();
+    std::error_code ignored;
+    fs::remove(m_path, ignored);
+}
+
+void CReplacement::write(std::span<const std::uint8_t> bytes) {
+    errno = 0;
+    m_stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!m_stream) {
+        throw FileError(m_name, lastReason("it cannot be written"));
+    }
+}
+
+void CReplacement::seek(std::uint64_t position) {
+    errno = 0;
+    m_stream.seekp(static_cast<std::streamoff>(position));
+    if (!m_stream) {
+        throw FileError(m_name, lastReason("it cannot be written"));
+    }
+}
+
+void CReplacement::replaceTarget() {
+    errno = 0;
+    // Only closing tells whether everything arrived.
+    m_stream.close();
+    if (!m_stream) {
+        throw FileError(m_name, lastReason("it cannot be written"));
+    }
+    std::error_code error;
+    fs::rename(m_path, m_target, error);
+    if (error) {
+        throw FileError(m_name, error.message());
+    }
+}
+
+void writeWholeFile(const fs::path& path, std::span<const std::uint8_t> bytes) {
+    CReplacement replacement(path);
     replacement.write(bytes);
     replacement.replaceTarget();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/tarvo-dewarp/FrameRun.h"
+#include "apps/tarvo-render/FrameRun.h"
 
 #include <string>
 

@@ -1,7 +1,8 @@
 #include "apps/tarvo-render/TarvoRender.h"
 
-#include "apps/tarvo-dewarp/FrameRun.h"
+#include "apps/tarvo-dewarp/Commands.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
+#include "apps/tarvo-render/DirectStill.h"
 #include "apps/tarvo-render/RenderDevices.h"
 
 #include <memory>
@@ -14,7 +15,7 @@ namespace {
 std::vector<Command> addCommands(CLI::App& app) {
     const auto makeDevice = std::make_shared<DeviceMaker>(makeUsualDevice);
     const Command still =
-        addStillCommand(app, [makeDevice](const diagnostics::ObjectLog& log) { return (*makeDevice)(log); });
+        addStillCommand(app, [makeDevice](const StillJob& job) { return drawOnDevice(*makeDevice, job); });
     addValue(*still.arguments, "--device", *makeDevice, readDevice, "NAME",
              "What renders: " + deviceNames() + ".\nBy default what the component would take.")
         ->group("Device");

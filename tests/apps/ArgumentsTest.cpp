@@ -196,11 +196,12 @@ TEST(Arguments, thatFitNoCommandAreUsageErrors) {
     };
     const std::vector<Case> cases{
         {{},
-         "no command was given; give still, map-point, scene, tables, tables-from-remap, tables-to-remap, info, "
+         "no command was given; give still, video, map-point, scene, tables, tables-from-remap, "
+         "tables-to-remap, info, "
          "register or unregister"},
         {{""}, "\"\" is no command"},
         {{"stil"},
-         "\"stil\" is no command; give still, map-point, scene, tables, tables-from-remap, "
+         "\"stil\" is no command; give still, video, map-point, scene, tables, tables-from-remap, "
          "tables-to-remap, info, register or unregister"},
         {{"--frobnicate"}, "tarvo-dewarp --help"},
         {{"still"}, "INPUT is required; see tarvo-dewarp still --help"},

@@ -155,5 +155,50 @@ TEST_F(HostStill, givesTheBytesOfTheSequenceInEveryViewAndFormat) {
     }
 }
 
+TEST_F(HostStill, showsTheCustomViewAsTheSequenceDoes) {
+    ASSERT_EQ(run({"tables", fileText("view.tables"), "--projection", "equirectangular", "--grid", "90x45",
+                   "--vertical-field-of-view", "90", "--input-size", "96x72"})
+                  .status,
+              0);
+    const std::string input = pictureFile("in.png", inputWidth, inputHeight);
+    const std::vector<std::string> common{
+        "--view-type",    "custom", "--custom-transform-data", fileText("view.tables"),
+        "--output-width", "48",     "--output-height",         "36"};
+    const auto expectAgreement = [&](std::vector<std::string> options) {
+        SCOPED_TRACE(testing::PrintToString(options));
+        options.insert(options.end(), common.begin(), common.end());
+        std::vector<std::string> byModule{"still", input, fileText("module.raw")};
+        byModule.insert(byModule.end(), options.begin(), options.end());
+        const Outcome outcome = run(byModule);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        std::vector<std::string> bySequence{"still", input, fileText("sequence.raw")};
+        bySequence.insert(bySequence.end(), options.begin(), options.end());
+        std::ostringstream out;
+        std::ostringstream err;
+        EXPECT_EQ(runTarvoRender(bySequence, out, err), 0) << err.str();
+        EXPECT_EQ(readBytes(file("module.raw")), readBytes(file("sequence.raw")));
+    };
+    expectAgreement({"--view-rect", "0.1,0.2,0.7,0.9", "--effect-level", "0.4"});
+    const std::vector<std::string> ptz{"--custom-transform-control-type", "virtualPtzFromPanorama"};
+    const std::vector<std::vector<std::string>> cameras{
+        {},
+        {"--virtual-ptz-tilt", "12"},
+        {"--virtual-ptz-pan", "0", "--virtual-ptz-tilt", "50"},
+        {"--virtual-ptz-pan", "1", "--virtual-ptz-field-of-view", "120"},
+        {"--virtual-ptz-pan", "-80", "--virtual-ptz-tilt", "30", "--virtual-ptz-field-of-view", "70",
+         "--virtual-ptz-use-strict-border-mode"},
+        {"--virtual-ptz-pan", "60", "--virtual-ptz-camera-pitch", "-15", "--virtual-ptz-camera-roll", "8",
+         "--virtual-ptz-effect-level", "0.5"},
+        {"--virtual-ptz-field-of-view", "100", "--virtual-ptz-tilt", "-40",
+         "--virtual-ptz-panorama-horizontal-field-of-view", "120",
+         "--virtual-ptz-panorama-vertical-field-of-view", "60"},
+        {"--virtual-ptz-use-strict-border-mode", "--virtual-ptz-effect-level", "0"},
+    };
+    for (std::vector<std::string> camera : cameras) {
+        camera.insert(camera.end(), ptz.begin(), ptz.end());
+        expectAgreement(camera);
+    }
+}
+
 } // namespace
 } // namespace tarvo::apps

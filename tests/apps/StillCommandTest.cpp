@@ -84,14 +84,14 @@ TEST_F(StillCommand, refusesAnOutputWithoutPixelsOrTooLarge) {
     const std::string flat = pictureFile("flat.png", 10000, 1);
     const std::string usual = pictureFile("usual.png", 8, 6);
     expectRefusal(tall, {}, "would have 1024x10240000;");
-    expectRefusal(tall, {"--output-height", "100"}, "would have 0x100;");
-    expectRefusal(flat, {}, "would have 1024x0;");
+    expectRefusal(tall, {"--output-height", "100"}, "would have a side of 0;");
+    expectRefusal(flat, {}, "would have a side of 0;");
     expectRefusal(tall, {"--output-format-16-9"}, "leave out --output-format-16-9");
     expectRefusal(usual, {"--view-type", "panoramaSingle", "--panorama-field-of-view", "1"},
                   "would have 1024x69120;");
     expectRefusal(usual,
                   {"--view-type", "panoramaSingle", "--output-width", "2", "--panorama-field-of-view", "360"},
-                  "would have 2x0;");
+                  "would have a side of 0;");
 }
 
 TEST_F(StillCommand, showsWhatAPerspectiveCameraSees) {

@@ -1,4 +1,4 @@
-#include "apps/tarvo-dewarp/FrameRun.h"
+#include "apps/tarvo-render/FrameRun.h"
 
 #include "apps/tarvo-dewarp/FrameCoding.h"
 #include "render/DewarpPixelShader.h"
