@@ -205,7 +205,7 @@ TEST_F(DewarpingTransform, endsWithAnInputStillHeld) {
     EXPECT_EQ(buffer.references(), 0);
 }
 
-TEST_F(DewarpingTransform, injectsNoAcceleratorYet) {
+TEST_F(DewarpingTransform, injectsNothingOutsideOfAGraph) {
     CTransformHost host;
     EXPECT_EQ(host.transform->InjectAcceleratorFilter(nullptr), E_POINTER);
     auto* accelerator = reinterpret_cast<IAccelerator*>(&host);
