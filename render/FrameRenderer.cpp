@@ -4,9 +4,12 @@
 #include "render/FramePasses.h"
 #include "render/OutputDelivery.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <utility>
 
 namespace tarvo::render {
@@ -32,10 +35,15 @@ std::array<char, 64> describeFailure(IShader& shader, IRenderDevice& device) {
     return text;
 }
 
+/// What lies beyond single precision becomes its outermost number: hosts may put anything.
+float asFloat(double value) {
+    constexpr double outermost = std::numeric_limits<float>::max();
+    return static_cast<float>(std::isfinite(value) ? std::clamp(value, -outermost, outermost) : value);
+}
+
 ExcludeGeometry excludeGeometry(const geometry::ExcludeArea& area, const InputFormat& input) {
     ExcludeGeometry exclude;
-    exclude.constants = {{static_cast<float>(area.left), static_cast<float>(area.top),
-                          static_cast<float>(area.right), static_cast<float>(area.bottom)}};
+    exclude.constants = {{asFloat(area.left), asFloat(area.top), asFloat(area.right), asFloat(area.bottom)}};
     if (area.isActive()) {
         exclude.box = area.pixelBox(input.width, input.height);
     }
@@ -119,6 +127,8 @@ void CFrameRenderer::close() {
     m_device->close();
     m_overviewMarker.forget();
     m_exclude = {};
+    m_upload = {};
+    m_hasInput = false;
 }
 
 HRESULT CFrameRenderer::updateGeometry(const geometry::CViewState& view) {
@@ -155,6 +165,7 @@ HRESULT CFrameRenderer::selectShader(IShader& shader) {
 HRESULT CFrameRenderer::UploadInputFrame(std::span<const std::byte> frame) {
     if (isOpen()) {
         m_upload.upload(*m_device, m_input, frame);
+        m_hasInput = true;
     }
     return S_OK;
 }

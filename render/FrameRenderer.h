@@ -31,6 +31,8 @@ public:
     /// Whether the device can be had; a no is logged. A yes is remembered.
     bool isAvailable();
     bool isOpen() const;
+    /// Whether the device holds a frame to draw: not before the first upload since it was opened.
+    bool hasInput() const { return m_hasInput; }
     /// Of an open device.
     DeviceKind deviceKind() const;
 
@@ -94,6 +96,7 @@ private:
     ExcludeGeometry m_exclude;
     COverviewMarkerFeed m_overviewMarker;
     CInputUpload m_upload;
+    bool m_hasInput = false;
     // NOLINTEND(readability-identifier-naming)
 };
 

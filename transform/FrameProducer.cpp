@@ -74,6 +74,9 @@ HRESULT CFrameProducer::InternalProcessOutput(DMO_OUTPUT_DATA_BUFFER& buffer,
         m_renderer.close();
         return E_FAIL;
     }
+    // The frame before was lost with its device: an empty picture must not pass for it.
+    if (!m_pacing.isInputHeld() && !m_renderer.hasInput())
+        return S_FALSE;
     return produce(buffer, output, formats);
 }
 

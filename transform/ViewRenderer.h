@@ -64,6 +64,8 @@ public:
 
     // Steps of a frame, under the lock of the caller.
     HRESULT upload(std::span<const std::byte> frame);
+    /// Whether there is a frame to draw again; not on a device that was built since.
+    bool hasInput() const { return m_renderer.hasInput(); }
     /// Whether what is set differs from what the last delivered frame was drawn with.
     bool haveSettingsChanged() const;
     HRESULT render();

@@ -40,6 +40,13 @@ std::optional<std::size_t> planeOf(Surface surface) {
     }
 }
 
+/// The failure itself or, where the device is gone for whatever reason, that it is: drivers that hang or fail
+/// inside answer by other codes, and no call succeeds after them.
+HRESULT lossBehind(HRESULT failure, ID3D11Device& device) {
+    const bool isNamed = failure == DXGI_ERROR_DEVICE_REMOVED || failure == DXGI_ERROR_DEVICE_RESET;
+    return isNamed || SUCCEEDED(device.GetDeviceRemovedReason()) ? failure : DXGI_ERROR_DEVICE_REMOVED;
+}
+
 } // namespace
 
 const SurfaceObjects& CD3d11Device::objectsOf(Surface surface) const {
@@ -101,7 +108,8 @@ HRESULT CD3d11Device::readBack(IMappedRowsVisitor& visitor) {
     ID3D11Resource& staging = *m_held.readBack[0].resource;
     m_held.context->CopyResource(&staging, output.resource.get());
     D3D11_MAPPED_SUBRESOURCE mapped{};
-    RETURN_IF_FAILED(m_held.context->Map(&staging, 0, D3D11_MAP_READ, 0, &mapped));
+    if (const HRESULT result = m_held.context->Map(&staging, 0, D3D11_MAP_READ, 0, &mapped); FAILED(result))
+        return lossBehind(result, *m_held.device);
     const CMapped unmapAtEnd(*m_held.context, staging);
     return visitor.visit({static_cast<const std::byte*>(mapped.pData), mapped.RowPitch,
                           static_cast<int>(output.width), static_cast<int>(output.height)});

@@ -45,6 +45,8 @@ class CFakeDevice final : public CFakeUnknown<CUnusedDevice> {
 public:
     explicit CFakeDevice(CFakeD3d11& fake) : CFakeUnknown(fake, "device") {}
 
+    STDMETHODIMP_(HRESULT) GetDeviceRemovedReason() override { return fake().removedReason; }
+
     STDMETHODIMP CreateTexture2D(const D3D11_TEXTURE2D_DESC* description,
                                  const D3D11_SUBRESOURCE_DATA* initial, ID3D11Texture2D** texture) override {
         EXPECT_EQ(initial, nullptr);

@@ -39,6 +39,8 @@ public:
     int creationsUntilFailure = -1;
     /// The same for Map().
     int mapsUntilFailure = -1;
+    /// What the device says of its end; S_OK while it lives.
+    HRESULT removedReason = S_OK;
     HRESULT failure = E_OUTOFMEMORY;
     /// What rows of textures made from now on are longer than their pixels.
     std::size_t extraPitchBytes = 0;

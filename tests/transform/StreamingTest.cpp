@@ -531,7 +531,9 @@ TEST_F(Streaming, buildsALostDeviceAnew) {
     EXPECT_FALSE(host.recording->isOpen());
     host.recording->answer = nullptr;
     const int opened = host.recording->count(tests::Verb::open);
+    EXPECT_EQ(host.frame().result, S_FALSE) << "the frame was lost with the device";
     EXPECT_EQ(host.through(patternRgb(32, 24)).result, S_OK);
+    EXPECT_EQ(host.frame().result, S_OK) << "and this one can be shown again";
     EXPECT_EQ(host.recording->count(tests::Verb::open), opened + 1);
 }
 

@@ -231,5 +231,21 @@ TEST_F(Transfers, aFailedReadBackShowsNothing) {
     EXPECT_EQ(device->readBack(visitor), E_FAIL);
 }
 
+TEST_F(Transfers, aReadBackThatFailsSinceTheDeviceIsGoneSaysSo) {
+    openSmall(PixelFormat::rgb32, 192);
+    const auto answer = [&](HRESULT failure, HRESULT reason) {
+        fake.failure = failure;
+        fake.removedReason = reason;
+        fake.mapsUntilFailure = 0;
+        CVisitor visitor([](const MappedRows&) { return S_OK; });
+        return device->readBack(visitor);
+    };
+    EXPECT_EQ(answer(E_FAIL, S_OK), E_FAIL) << "the device lives";
+    for (const std::uint32_t reason : {0x887A0006U, 0x887A0020U, 0x887A0005U})
+        EXPECT_EQ(answer(E_FAIL, static_cast<HRESULT>(reason)), DXGI_ERROR_DEVICE_REMOVED);
+    // A reset is told as such.
+    EXPECT_EQ(answer(DXGI_ERROR_DEVICE_RESET, DXGI_ERROR_DEVICE_RESET), DXGI_ERROR_DEVICE_RESET);
+}
+
 } // namespace
 } // namespace tarvo::render::d3d11
