@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 
 namespace tarvo::dshow {
 namespace {
@@ -12,6 +11,9 @@ namespace {
 bool isPowerOfTwo(LONG number) noexcept {
     return number > 0 && (number & (number - 1)) == 0;
 }
+
+/// More than any machine gives to one stream; asking for it would only fail later and less clearly.
+constexpr std::uintptr_t mostMemory = std::uintptr_t{1} << 36U;
 
 std::uintptr_t roundedUp(std::uintptr_t value, std::uintptr_t step) noexcept {
     return (value + step - 1) / step * step;
@@ -61,7 +63,7 @@ STDMETHODIMP CMemoryAllocator::Commit() {
         const auto count = static_cast<std::uintptr_t>(m_properties.cBuffers);
         const std::uintptr_t step =
             roundedUp(prefix + static_cast<std::uintptr_t>(m_properties.cbBuffer), align);
-        if (count > (std::numeric_limits<std::ptrdiff_t>::max() - align) / step)
+        if (count > mostMemory / step)
             return E_OUTOFMEMORY;
         try {
             m_memory.resize(step * count + align);

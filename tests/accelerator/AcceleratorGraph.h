@@ -19,8 +19,18 @@ protected:
         filter = com::makeObject<CAcceleratorFilter>(com::Outer{}, m_log);
     }
     ~CAcceleratorTest() override {
-        if (filter) {
-            EXPECT_EQ(filter->Stop(), S_OK);
+        // Connected pins hold one another's filters.
+        for (IBaseFilter* one :
+             {static_cast<IBaseFilter*>(sink.get()), static_cast<IBaseFilter*>(filter.get()),
+              static_cast<IBaseFilter*>(source.get())}) {
+            if (one == nullptr)
+                continue;
+            EXPECT_EQ(one->Stop(), S_OK);
+            for (const PIN_DIRECTION direction : {PINDIR_INPUT, PINDIR_OUTPUT}) {
+                if (const auto pin = tests::pinOf(*one, direction)) {
+                    EXPECT_GE(pin->Disconnect(), S_OK);
+                }
+            }
         }
     }
 
