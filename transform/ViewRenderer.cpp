@@ -63,6 +63,7 @@ void CViewRenderer::close() {
 }
 
 void CViewRenderer::forgetDevice() {
+    m_drawnVersion = 0;
     m_deliveredVersion = 0;
     m_layoutVersion = 0;
     m_selected.reset();
@@ -182,6 +183,7 @@ bool CViewRenderer::haveSettingsChanged() const {
 
 HRESULT CViewRenderer::render() {
     takeUpSettingsLoggingFailure();
+    m_drawnVersion = m_takenVersion;
     // One that could not be made is not asked for with every frame, but when something has changed.
     if (m_selected != neededProgram() && m_failedVersion != m_takenVersion)
         static_cast<void>(selectShader());

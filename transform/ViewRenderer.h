@@ -72,8 +72,9 @@ public:
     /// As CFrameRenderer's.
     HRESULT readBack(std::span<std::byte> output, render::IMappedRowsVisitor* observer);
     HRESULT readBack(render::IMappedRowsVisitor& visitor);
-    /// The frame is on its way: what it was drawn with needs no drawing again.
-    void frameDelivered() { m_deliveredVersion = m_takenVersion; }
+    /// The frame is on its way: what it was drawn with needs no drawing again. What a sink has set since
+    /// does.
+    void frameDelivered() { m_deliveredVersion = m_drawnVersion; }
     /// Whether anything was drawn since the device was built.
     bool hasPicture() const { return m_hasPicture; }
 
@@ -107,6 +108,8 @@ private:
     std::uint64_t m_takenLayoutVersion = 0;
 
     // Of the device.
+    /// What the last picture shows; older than what is taken up if a setter has done so since.
+    std::uint64_t m_drawnVersion = 0;
     /// 0: nothing delivered yet.
     std::uint64_t m_deliveredVersion = 0;
     /// 0: no layout.

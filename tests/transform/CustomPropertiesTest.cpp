@@ -170,6 +170,39 @@ TEST_F(CustomProperties, aChangeOfAControlIsSeenWithoutNewInput) {
     EXPECT_EQ(host.frame().bytes, whole);
 }
 
+TEST_F(CustomProperties, reachTheDeviceAtOnce) {
+    CTransformHost other(CTransformHost::Device::recording);
+    other.negotiateRgb(64, 48, 32, 24);
+    ASSERT_EQ(other.transform->put_ViewType(5), S_OK);
+    ASSERT_EQ(other.media->AllocateStreamingResources(), S_OK);
+    ASSERT_EQ(other.transform->SetCustomTransformData(looksAt(1, 2).get(), 0), S_OK);
+    const auto uploads = [&] { return other.recording->count(tests::Verb::upload); };
+    const int before = uploads();
+    ASSERT_EQ(other.transform->put_EffectLevel(0.5), S_OK);
+    EXPECT_EQ(uploads(), before + 1);
+    ASSERT_EQ(other.transform->put_EffectLevel(0.5), S_OK);
+    EXPECT_EQ(uploads(), before + 1);
+    EXPECT_EQ(other.recording->prepared, render::ShaderProgram::customTransform);
+    ASSERT_EQ(other.transform->put_CustomTransformControlType(1), S_OK);
+    EXPECT_EQ(other.recording->prepared, render::ShaderProgram::customVirtualPtz);
+}
+
+TEST_F(CustomProperties, theVirtualCamerasViewHasTheOutputsShape) {
+    // The lower edge of a view is the further down the higher the picture is.
+    const auto lowerEdge = [](LONG height) {
+        CTransformHost other;
+        EXPECT_EQ(other.transform->put_CustomTransformControlType(1), S_OK);
+        other.negotiateRgb(64, 48, 32, height);
+        ComPtr<IUnknown> control;
+        EXPECT_EQ(other.transform->get_CustomTransformControl(control.put()), S_OK);
+        double pan = 0.0;
+        double tilt = 0.0;
+        EXPECT_EQ(control.as<IVirtualPtzFromPanoramaControl>()->MapPoint(0.5, 1.0, &pan, &tilt, 0), S_OK);
+        return tilt;
+    };
+    EXPECT_LT(lowerEdge(32), lowerEdge(16) - 1.0);
+}
+
 TEST_F(CustomProperties, excludeRectangleIsOneObject) {
     ComPtr<IRectangle> one;
     ComPtr<IRectangle> other;

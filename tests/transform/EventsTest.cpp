@@ -340,17 +340,55 @@ TEST_F(Events, sinksMustNotPullTheGroundAway) {
 }
 
 TEST_F(Events, aChangeWhileAFrameIsShownComesWithTheNext) {
-    ASSERT_EQ(host.transform->put_OutputFrameRate(50.0), S_OK);
-    bool isFirst = true;
-    ImageSink sink(host, [&](const DISPPARAMS&) {
-        if (std::exchange(isFirst, false))
-            host.transform->put_Pan(30.0);
+    // Some setters wait for the next frame, others bring the device in step at once.
+    using Set = void (*)(IDewarpingTransform&);
+    const std::vector<Set> settings{
+        [](IDewarpingTransform& t) { t.put_Pan(30.0); },
+        [](IDewarpingTransform& t) { t.put_ViewType(1); },
+        [](IDewarpingTransform& t) { t.put_TiltOrientation(3); },
+        [](IDewarpingTransform& t) {
+            ComPtr<IRectangle> rectangle;
+            t.get_ExcludeRect(rectangle.put());
+            rectangle->Init(0.25, 0.25, 0.75, 0.75);
+        },
+    };
+    for (const Set& set : settings) {
+        CTransformHost other;
+        other.negotiateRgb(64, 48, 32, 24);
+        ASSERT_EQ(other.transform->put_OutputFrameRate(50.0), S_OK);
+        bool isFirst = true;
+        ImageSink sink(other, [&](const DISPPARAMS&) {
+            if (std::exchange(isFirst, false))
+                set(*other.transform);
+            return S_OK;
+        });
+        const Delivered first = other.through(picture);
+        const Delivered repeat = other.frame();
+        EXPECT_NE(repeat.bytes, first.bytes) << "the change is not lost with the end of the frame";
+        EXPECT_EQ(repeat.bytes, pictureWith(set, picture));
+    }
+}
+
+TEST_F(Events, bringNoPictureThatItsBufferCannotHold) {
+    // The size follows the input's, and the output type stays that of the old one.
+    CTransformHost other;
+    ASSERT_EQ(other.transform->put_Options(2), S_OK);
+    ASSERT_EQ(other.setInput(rgbType(32, -24)), S_OK);
+    ASSERT_EQ(other.setOutput(rgbType(32, -18)), S_OK);
+    int count = 0;
+    ImageSink sink(other, [&](const DISPPARAMS&) {
+        ++count;
         return S_OK;
     });
-    const Delivered first = host.through(picture);
-    const Delivered repeat = host.frame();
-    EXPECT_NE(repeat.bytes, first.bytes) << "the change is not lost with the end of the frame";
-    EXPECT_EQ(repeat.bytes, pictureWith([](IDewarpingTransform& t) { t.put_Pan(30.0); }, picture));
+    EXPECT_EQ(other.through(patternRgb(32, 24)).result, S_OK);
+    EXPECT_EQ(count, 1);
+    ASSERT_EQ(other.setInput(rgbType(64, -48)), S_OK);
+    CFakeBuffer buffer(picture);
+    ASSERT_EQ(other.input(buffer, 400'000), S_OK);
+    CFakeBuffer room(std::size_t{64} * 36 * 4);
+    Delivered delivered;
+    EXPECT_EQ(other.output(room, delivered), S_OK);
+    EXPECT_EQ(count, 1);
 }
 
 TEST_F(Events, lettingGoOfALockedImageWaitsForItsReader) {

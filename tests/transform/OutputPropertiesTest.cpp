@@ -154,6 +154,9 @@ TEST_F(OutputProperties, optionsAreBits) {
     EXPECT_EQ(transform.put_Options(2 + 1), S_OK);
     EXPECT_EQ(transform.get_Options(&options), S_OK);
     EXPECT_EQ(options, 3);
+    EXPECT_EQ(transform.put_Options(0x7FFFFF02), S_OK) << "bits that mean nothing yet";
+    EXPECT_EQ(transform.get_Options(&options), S_OK);
+    EXPECT_EQ(options, 0x7FFFFF02);
     EXPECT_THAT(host.takeLines(), IsEmpty());
     EXPECT_EQ(transform.get_Options(nullptr), E_POINTER);
 }

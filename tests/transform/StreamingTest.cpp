@@ -198,6 +198,7 @@ TEST_F(Streaming, repeatsAreDrawnOnlyWhereSomethingChanged) {
              t.get_CustomTransformViewRect(rectangle.put());
              rectangle->put_Left(0.25);
          }},
+        {"tables", [](auto& t) { t.SetCustomTransformData(com::CSafeArray::vector(VT_UI1, 8).get(), 0); }},
         {"control type", [](auto& t) { t.put_CustomTransformControlType(1); }},
         {"control",
          [](auto& t) {
@@ -220,6 +221,18 @@ TEST_F(Streaming, repeatsAreDrawnOnlyWhereSomethingChanged) {
     const auto [drawn, readBack] = work();
     EXPECT_EQ(host.frame().result, S_OK);
     EXPECT_EQ(work(), std::pair(drawn, readBack + 1));
+}
+
+TEST_F(Streaming, hasNothingToRepeatOnAnotherDevice) {
+    CTransformHost host;
+    host.negotiateRgb(64, 48, 32, 24);
+    const auto picture = patternRgb(64, 48);
+    const Delivered first = host.through(picture);
+    ASSERT_EQ(host.setInput(rgbType(64, -48)), S_OK); // which releases the device
+    EXPECT_EQ(host.frame().result, S_FALSE);
+    const Delivered next = host.through(picture, 400'000);
+    EXPECT_EQ(next.bytes, first.bytes);
+    EXPECT_EQ(host.frame().bytes, first.bytes);
 }
 
 TEST_F(Streaming, aCachedFrameGoesWithItsFormat) {
@@ -633,6 +646,28 @@ TEST_F(Streaming, lowersTheRateForALateRenderer) {
             EXPECT_EQ(rate, 60.0);
         EXPECT_EQ(host.frame().result, S_OK);
     }
+}
+
+TEST_F(Streaming, aFlushForgetsTheLateness) {
+    CTransformHost host;
+    host.negotiateRgb(32, 24, 32, 24);
+    const auto quality = host.object.as<IDMOQualityControl>();
+    ASSERT_EQ(quality->SetStatus(DMO_QUALITY_STATUS_ENABLED), S_OK);
+    const auto picture = patternRgb(32, 24);
+    EXPECT_EQ(host.through(picture, 20'000'000).result, S_OK);
+    host.takeLines();
+    quality->SetNow(20'500'000); // 2.05 s after the beginning of all reports; one frame in them
+    // 500,000 ÷ 25
+    const std::string line =
+        "_:[1] - Quality Control - Timestamp deviation: 2 (50) ms, Output FPS (target): ";
+    EXPECT_EQ(host.takeLine(), line + "0.5 (25.0)");
+    quality->SetNow(20'500'000);
+    EXPECT_THAT(host.takeLines(), IsEmpty()) << "once a second";
+    ASSERT_EQ(host.media->Flush(), S_OK);
+    EXPECT_EQ(host.through(picture, 20'000'000).result, S_OK);
+    host.takeLines();
+    quality->SetNow(20'500'000);
+    EXPECT_EQ(host.takeLine(), line + "0.0 (25.0)") << "no frame more than at the last report";
 }
 
 TEST_F(Streaming, takesAndGivesBackTheLockOfItsStreams) {

@@ -25,6 +25,8 @@ namespace tarvo::transform {
 using com::ComPtr;
 
 inline constexpr DWORD timed = DMO_INPUT_DATA_BUFFERF_TIME | DMO_INPUT_DATA_BUFFERF_TIMELENGTH;
+/// A bit of a buffer's status that means nothing.
+inline constexpr DWORD wasOpen = 0x40;
 inline constexpr DWORD incomplete = DMO_OUTPUT_DATA_BUFFERF_INCOMPLETE;
 
 /// A video type of 32-bit RGB without gaps; the bottom row first for a positive height.
@@ -121,10 +123,13 @@ public:
     HRESULT output(CFakeBuffer& buffer, Delivered& delivered) {
         DMO_OUTPUT_DATA_BUFFER data{};
         data.pBuffer = &buffer;
+        // What stands there from the last frame is nobody's to keep.
+        data.dwStatus = wasOpen;
         DWORD status = 77;
         delivered.result = media->ProcessOutput(0, 1, &data, &status);
         EXPECT_EQ(status, 0U);
         delivered.status = data.dwStatus;
+        EXPECT_TRUE(delivered.result == typeIsNotSet || (data.dwStatus & wasOpen) == 0);
         delivered.time = data.rtTimestamp;
         delivered.duration = data.rtTimelength;
         delivered.bytes = buffer.bytes;

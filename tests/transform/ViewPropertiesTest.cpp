@@ -288,7 +288,9 @@ TEST_F(ViewProperties, aProgramThatFailsIsTheSettersResult) {
     EXPECT_EQ(other.transform->put_LensProfile(doubles({0.0, 0.0, 0.4}).get()),
               static_cast<HRESULT>(0x887A0005U));
     EXPECT_EQ(other.takeLines().back(), "E:[1] - LensProfile - HR=0x887A0005 D3DERR=5");
+    const int tries = other.recording->count(tests::Verb::prepare);
     EXPECT_EQ(other.through(patternRgb(64, 48), 1).result, S_OK) << "a frame without its view";
+    EXPECT_EQ(other.recording->count(tests::Verb::prepare), tries) << "not tried with every frame";
     other.recording->answer = nullptr;
     EXPECT_EQ(other.transform->put_LensProfile(doubles({0.0, 0.0, 0.5}).get()), S_OK);
 }
