@@ -163,11 +163,23 @@ HRESULT CFrameRenderer::selectShader(IShader& shader) {
 }
 
 HRESULT CFrameRenderer::UploadInputFrame(std::span<const std::byte> frame) {
+    const HRESULT result = LendInputFrame(frame);
+    KeepInputFrame();
+    return result;
+}
+
+HRESULT CFrameRenderer::LendInputFrame(std::span<const std::byte> frame) {
     if (isOpen()) {
         m_upload.upload(*m_device, m_input, frame);
         m_hasInput = true;
     }
     return S_OK;
+}
+
+void CFrameRenderer::KeepInputFrame() {
+    if (isOpen()) {
+        m_device->keepInput();
+    }
 }
 
 HRESULT CFrameRenderer::RenderFrame(const geometry::CViewState& view, IShader& shader, bool isBypassed) {

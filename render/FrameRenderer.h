@@ -55,6 +55,12 @@ public:
     /// it are read. Always S_OK.
     HRESULT UploadInputFrame(std::span<const std::byte> frame);
 
+    /// The same of a frame that stays where it is, unchanged, until KeepInputFrame(): what is drawn and read
+    /// back before is drawn from there, and only what was not needed is then copied.
+    HRESULT LendInputFrame(std::span<const std::byte> frame);
+    /// Ends the loan, if there is one; later drawings still have the whole frame.
+    void KeepInputFrame();
+
     /// Draws the output picture of the last uploaded frame with the shader that was selected. With
     /// `isBypassed` the input is only scaled into the output, letter-boxed. Always S_OK: what fails inside is
     /// logged, and its pass is missing.

@@ -21,7 +21,7 @@ bool CInputUpload::RowLayout::fitsInto(std::size_t byteCount) const {
 SourceRows CInputUpload::RowLayout::rowsOf(std::span<const std::byte> bytes) const {
     const auto step = static_cast<std::ptrdiff_t>(stepBytes);
     const std::size_t first = isBottomUp && rowCount > 0 ? (rowCount - 1) * stepBytes : 0;
-    return {bytes.data() + first, isBottomUp ? -step : step, rowBytes, static_cast<int>(rowCount)};
+    return {bytes.data() + first, isBottomUp ? -step : step, rowBytes, static_cast<int>(rowCount), true};
 }
 
 void CInputUpload::upload(IRenderDevice& device, const InputFormat& format,
@@ -33,7 +33,7 @@ void CInputUpload::upload(IRenderDevice& device, const InputFormat& format,
     case PixelFormat::yuy2: {
         // One long row, whatever the stride: the program counts on rows without gaps.
         const std::size_t size = std::min<std::size_t>(format.frameBytes, frame.size());
-        device.upload(Surface::packedInput, {frame.data(), 0, size, 1});
+        device.upload(Surface::packedInput, {frame.data(), 0, size, 1, true});
         break;
     }
     case PixelFormat::rgb32: {
@@ -73,7 +73,9 @@ HRESULT CInputUpload::uploadRows(IRenderDevice& device, Surface surface, std::sp
         return E_OUTOFMEMORY;
     }
     const RowLayout tight{layout.rowBytes, layout.rowBytes, layout.rowCount, layout.isBottomUp};
-    return device.upload(surface, tight.rowsOf(m_completed));
+    const HRESULT result = device.upload(surface, tight.rowsOf(m_completed));
+    device.keepInput(); // the next surface may want the same memory
+    return result;
 }
 
 void CInputUpload::complete(std::span<const std::byte> bytes, const RowLayout& layout) {

@@ -14,7 +14,8 @@ class CInputUpload {
 public:
     /// A frame of the given format. Bytes missing at its end count as zero, and none beyond it are read. The
     /// first plane that fails ends the frame; of other formats than RGB32, YV12 and YUY2 nothing is uploaded.
-    /// Frames that are whole are handed over as they lie; nothing is allocated for them.
+    /// Frames that are whole are handed over as they lie, and lent for as long as the device wants; nothing
+    /// is allocated for them.
     void upload(IRenderDevice& device, const InputFormat& format, std::span<const std::byte> frame);
 
 private:

@@ -14,27 +14,42 @@ constexpr std::size_t bytesPerPixel = 4;
 } // namespace
 
 HRESULT COutputDelivery::visit(const MappedRows& rows) {
-    const HRESULT result = deliver(rows);
+    const bool isDelivered = m_rowsDelivered.load(std::memory_order_relaxed) == rows.height;
+    const HRESULT result = isDelivered ? S_OK : deliver(rows);
     if (m_observer != nullptr) {
         m_observer->visit(rows);
     }
     return result;
 }
 
+void COutputDelivery::rowsFinished(const MappedRows& picture, int first, int end) noexcept {
+    // What cannot be delivered is not delivered in part: visit() says so.
+    if (SUCCEEDED(deliverRows(picture, first, end))) {
+        m_rowsDelivered.fetch_add(end - first, std::memory_order_relaxed);
+    }
+}
+
 HRESULT COutputDelivery::deliver(const MappedRows& rows) const {
+    if (m_format.format != PixelFormat::rgb32 && m_format.format != PixelFormat::yv12) {
+        m_log.error("Could not convert image data to output image format.");
+        return E_FAIL;
+    }
+    return deliverRows(rows, 0, rows.height);
+}
+
+HRESULT COutputDelivery::deliverRows(const MappedRows& rows, int first, int end) const {
     switch (m_format.format) {
     case PixelFormat::rgb32:
-        return deliverRgb32(rows);
+        return deliverRgb32(rows, first, end);
     case PixelFormat::yv12:
-        return deliverYv12(rows);
+        return deliverYv12(rows, first, end);
     case PixelFormat::yuy2:
         break;
     }
-    m_log.error("Could not convert image data to output image format.");
     return E_FAIL;
 }
 
-HRESULT COutputDelivery::deliverRgb32(const MappedRows& rows) const {
+HRESULT COutputDelivery::deliverRgb32(const MappedRows& rows, int first, int end) const {
     const std::size_t stride = m_format.strideBytes;
     // Rows of no bytes ask for nothing, and a buffer of none may be nowhere.
     if (stride == 0) {
@@ -47,11 +62,7 @@ HRESULT COutputDelivery::deliverRgb32(const MappedRows& rows) const {
     if (lastRow + pixelBytes > m_output.size()) {
         return E_FAIL;
     }
-    if (rows.pitchBytes == stride && !m_format.isBottomUp) {
-        std::memcpy(m_output.data(), rows.data, std::min(height * stride, m_output.size()));
-        return S_OK;
-    }
-    for (std::size_t row = 0; row < height; ++row) {
+    for (auto row = static_cast<std::size_t>(first); row < static_cast<std::size_t>(end); ++row) {
         const std::size_t offset = (m_format.isBottomUp ? height - 1 - row : row) * stride;
         std::memcpy(m_output.data() + offset, rows.data + row * rows.pitchBytes,
                     std::min({rows.pitchBytes, stride, m_output.size() - offset}));
@@ -59,7 +70,7 @@ HRESULT COutputDelivery::deliverRgb32(const MappedRows& rows) const {
     return S_OK;
 }
 
-HRESULT COutputDelivery::deliverYv12(const MappedRows& rows) const {
+HRESULT COutputDelivery::deliverYv12(const MappedRows& rows, int first, int end) const {
     const std::size_t stride = m_format.strideBytes;
     const auto height = static_cast<std::size_t>(rows.height);
     // With less stride than a row takes, columns are cut off: rows that overlapped would spoil one another.
@@ -75,13 +86,21 @@ HRESULT COutputDelivery::deliverYv12(const MappedRows& rows) const {
     if (plane1 + (height / 2 - 1) * chromaStride + width / 2 > m_output.size()) {
         return E_FAIL;
     }
+    // The last row of an odd height has no chroma, and no luma either.
+    if (end - first < 2) {
+        return S_OK;
+    }
+    const auto row = static_cast<std::size_t>(first);
     auto* const output = reinterpret_cast<std::uint8_t*>(m_output.data());
     const auto step = static_cast<std::ptrdiff_t>(stride);
     const auto chromaStep = static_cast<std::ptrdiff_t>(chromaStride);
-    const ImageStatus status = ConvertRGB32ToYV12(
-        reinterpret_cast<const std::uint8_t*>(rows.data), static_cast<std::ptrdiff_t>(rows.pitchBytes),
-        {output, output + plane1, output + plane2}, {step, chromaStep, chromaStep},
-        {static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)});
+    const ImageStatus status =
+        ConvertRGB32ToYV12(reinterpret_cast<const std::uint8_t*>(rows.data + row * rows.pitchBytes),
+                           static_cast<std::ptrdiff_t>(rows.pitchBytes),
+                           {output + row * stride, output + plane1 + row / 2 * chromaStride,
+                            output + plane2 + row / 2 * chromaStride},
+                           {step, chromaStep, chromaStep},
+                           {static_cast<std::int32_t>(width), static_cast<std::int32_t>(end - first)});
     return status == ImageStatus::done || status == ImageStatus::oddSize ? S_OK : E_FAIL;
 }
 

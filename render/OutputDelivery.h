@@ -4,6 +4,7 @@
 #include "render/FrameFormat.h"
 #include "render/RenderDevice.h"
 
+#include <atomic>
 #include <cstddef>
 #include <span>
 
@@ -21,16 +22,19 @@ public:
     /// its format is one that nothing can be converted to, which is logged, or the picture is too small for
     /// YV12. The observer sees the picture all the same; what it answers changes nothing.
     HRESULT visit(const MappedRows& rows) override;
+    void rowsFinished(const MappedRows& picture, int first, int end) noexcept override;
 
 private:
     HRESULT deliver(const MappedRows& rows) const;
-    HRESULT deliverRgb32(const MappedRows& rows) const;
-    HRESULT deliverYv12(const MappedRows& rows) const;
+    HRESULT deliverRows(const MappedRows& rows, int first, int end) const;
+    HRESULT deliverRgb32(const MappedRows& rows, int first, int end) const;
+    HRESULT deliverYv12(const MappedRows& rows, int first, int end) const;
 
     const OutputFormat& m_format;
     std::span<std::byte> m_output;
     IMappedRowsVisitor* m_observer;
     const diagnostics::ObjectLog& m_log;
+    std::atomic<int> m_rowsDelivered{0};
 };
 
 } // namespace tarvo::render

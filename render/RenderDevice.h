@@ -28,6 +28,8 @@ struct SourceRows {
     std::ptrdiff_t stepBytes = 0;
     std::size_t rowBytes = 0;
     int rowCount = 0;
+    /// Whether the memory stays as it is until IRenderDevice::keepInput(); else for the call only.
+    bool isLent = false;
 };
 
 /// The rendered picture while it is mapped: BGRA rows, top row first.
@@ -42,6 +44,16 @@ struct MappedRows {
 class IMappedRowsVisitor {
 public:
     virtual HRESULT visit(const MappedRows& rows) = 0;
+
+    /// Rows `first` up to `end` of the picture have their final pixels, which are still in the cache; both
+    /// are even, but for the end of the last rows. Devices that draw when the picture is asked for call this
+    /// before visit(), for all rows, on several threads at once; others, and when nothing was to be drawn,
+    /// not at all. Should drawing fail, visit() does not follow.
+    virtual void rowsFinished(const MappedRows& picture, int first, int end) noexcept {
+        static_cast<void>(picture);
+        static_cast<void>(first);
+        static_cast<void>(end);
+    }
 
 protected:
     ~IMappedRowsVisitor() = default;
@@ -101,6 +113,9 @@ public:
     /// What the rows do not cover becomes zero, what goes beyond the surface is ignored. A failure leaves the
     /// surface as it was.
     virtual HRESULT upload(Surface surface, const SourceRows& rows) = 0;
+
+    /// Ends the loan of the rows that were uploaded as lent: surfaces keep what they show.
+    virtual void keepInput() {}
 
     /// Red, green, blue and alpha, 0 … 1, for a whole target.
     virtual void clear(Surface target, const std::array<float, 4>& colour) = 0;

@@ -43,6 +43,7 @@ HRESULT CFrameProducer::holdInput(IMediaBuffer& buffer, DWORD flags, REFERENCE_T
     if (data == nullptr)
         return E_POINTER;
     const std::lock_guard lock(m_renderer.lock());
+    letGoOfInput();
     m_input = com::ComPtr<IMediaBuffer>(&buffer);
     m_inputBytes = {reinterpret_cast<const std::byte*>(data), length};
     m_pacing.holdInput(flags, time, duration, m_settings.inputFrameRate);
@@ -107,7 +108,7 @@ HRESULT CFrameProducer::produce(DMO_OUTPUT_DATA_BUFFER& buffer, const Output& ou
                   "Failed to set output length");
     m_pacing.finishOutput();
     m_isFrameEmitted = true;
-    releaseInput();
+    letGoOfInput();
     return S_OK;
 }
 
@@ -159,15 +160,17 @@ HRESULT CFrameProducer::deliverThroughCache(const Output& output, std::size_t fr
 HRESULT CFrameProducer::loseFrame(DMO_OUTPUT_DATA_BUFFER& buffer, const char* reason) {
     TARVO_LOG(m_log.log, LogCategory::error, m_log.instanceId, context, "%s", reason);
     m_pacing.dropInput();
-    releaseInput();
+    letGoOfInput();
     // Nothing is to be fetched of a frame that is lost.
     buffer.dwStatus = 0;
     return E_FAIL;
 }
 
-void CFrameProducer::releaseInput() {
+com::ComPtr<IMediaBuffer> CFrameProducer::letGoOfInput() {
+    // The render device may still look at its memory.
+    m_renderer.keepInput();
     m_inputBytes = {};
-    m_input.reset();
+    return std::exchange(m_input, nullptr);
 }
 
 HRESULT CFrameProducer::getCurrentImage(VARIANT* theImageData, LONGLONG* theTimestamp, LONG theFlags) {
@@ -207,8 +210,7 @@ void CFrameProducer::flush() {
         const std::lock_guard lock(m_renderer.lock());
         m_cachedFrame.free();
         image = m_currentImage.giveUp();
-        input = std::exchange(m_input, nullptr);
-        m_inputBytes = {};
+        input = letGoOfInput();
         m_pacing.flush();
         m_isFrameEmitted = false;
     }

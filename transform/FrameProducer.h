@@ -61,7 +61,8 @@ private:
     HRESULT deliver(const Output& output, const NegotiatedFormats& formats, bool haveSettingsChanged);
     HRESULT deliverThroughCache(const Output& output, std::size_t frameBytes);
     HRESULT loseFrame(DMO_OUTPUT_DATA_BUFFER& buffer, const char* reason);
-    void releaseInput();
+    /// The input, which from now on is not held, for whoever wants to release it later.
+    com::ComPtr<IMediaBuffer> letGoOfInput();
 
     CViewRenderer& m_renderer;
     StreamSettings& m_settings;

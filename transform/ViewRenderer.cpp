@@ -174,7 +174,11 @@ void CViewRenderer::setOutputAspect(float aspect) {
 }
 
 HRESULT CViewRenderer::upload(std::span<const std::byte> frame) {
-    return m_renderer.UploadInputFrame(frame);
+    return m_renderer.LendInputFrame(frame);
+}
+
+void CViewRenderer::keepInput() {
+    m_renderer.KeepInputFrame();
 }
 
 bool CViewRenderer::haveSettingsChanged() const {

@@ -63,7 +63,9 @@ public:
     void setOutputAspect(float aspect);
 
     // Steps of a frame, under the lock of the caller.
+    /// The frame stays where it is, unchanged, until keepInput().
     HRESULT upload(std::span<const std::byte> frame);
+    void keepInput();
     /// Whether there is a frame to draw again; not on a device that was built since.
     bool hasInput() const { return m_renderer.hasInput(); }
     /// Whether what is set differs from what the last delivered frame was drawn with.

@@ -19,6 +19,12 @@ struct MemorySource {
     void (*release)(void* block);
 };
 
+/// Bytes from a row to the next: an odd number of cache lines, so that what lies in one column does not fall
+/// on the same few places of the caches.
+constexpr std::size_t rowPitch(std::size_t rowBytes) {
+    return alignedUp(rowBytes) / alignment % 2 == 0 ? alignedUp(rowBytes) + alignment : alignedUp(rowBytes);
+}
+
 extern const MemorySource systemMemory;
 
 /// An owned block of zeros, aligned; pages that nobody writes to cost no memory on most systems.

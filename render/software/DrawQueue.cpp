@@ -10,8 +10,6 @@
 namespace tarvo::render::software {
 namespace {
 
-constexpr int rowsPerBand = 16;
-
 std::uint8_t* pixelOf(const TargetView& target, int x, int y) {
     return target.pixels + y * target.pitch + static_cast<std::ptrdiff_t>(x) * 4;
 }
@@ -47,7 +45,7 @@ public:
             compute(target, kernels);
         } else if (m_draw.program == ShaderProgram::overviewRegion) {
             float alpha[pieceLength];
-            interpolate(values().colour, m_x, m_y, m_count, alpha);
+            kernels.interpolate(alongRow(values().colour, m_y), m_x, m_count, alpha);
             blendOverviewRegion(alpha, m_count, target);
         } else {
             alignas(alignment) std::uint8_t pixels[pieceLength * 4];
@@ -63,19 +61,19 @@ private:
         switch (m_draw.program) {
         case ShaderProgram::overviewRegion: {
             float alpha[pieceLength];
-            interpolate(values().colour, m_x, m_y, m_count, alpha);
+            kernels.interpolate(alongRow(values().colour, m_y), m_x, m_count, alpha);
             overviewRegion(alpha, m_count, target);
             break;
         }
         case ShaderProgram::yuy2ToRgb:
-            yuy2Row({m_draw.inputWidth, m_draw.inputHeight, m_draw.planes[0]->bytes.data(),
-                     m_draw.planes[0]->rowBytes},
-                    m_x, m_y, m_count, target);
+            yuy2Row(
+                {m_draw.inputWidth, m_draw.inputHeight, m_draw.planes[0]->data(), m_draw.planes[0]->rowBytes},
+                m_x, m_y, m_count, target);
             break;
         case ShaderProgram::yv12ToRgb:
         case ShaderProgram::customTransform:
         case ShaderProgram::customVirtualPtz:
-            computeFromPlaces(target);
+            computeFromPlaces(target, kernels);
             break;
         default:
             samplePositions(target, kernels);
@@ -83,19 +81,18 @@ private:
         }
     }
 
-    void computeFromPlaces(std::uint8_t* target) const noexcept {
+    void computeFromPlaces(std::uint8_t* target, const RowKernels& kernels) const noexcept {
         float u[pieceLength];
         float v[pieceLength];
-        interpolate(values().u, m_x, m_y, m_count, u);
-        interpolate(values().v, m_x, m_y, m_count, v);
+        kernels.interpolate(alongRow(values().u, m_y), m_x, m_count, u);
+        kernels.interpolate(alongRow(values().v, m_y), m_x, m_count, v);
         const PlaceRow places{u, v, m_count};
         if (m_draw.program == ShaderProgram::yv12ToRgb) {
             const auto& planes = m_draw.planes;
-            const auto step = [&](std::size_t i) { return static_cast<std::ptrdiff_t>(planes[i]->pitch); };
             yv12Row({m_draw.inputWidth,
                      m_draw.inputHeight,
-                     {planes[0]->bytes.data(), planes[1]->bytes.data(), planes[2]->bytes.data()},
-                     {step(0), step(1), step(2)}},
+                     {planes[0]->data(), planes[1]->data(), planes[2]->data()},
+                     {planes[0]->step(), planes[1]->step(), planes[2]->step()}},
                     places, target);
             return;
         }
@@ -113,9 +110,9 @@ private:
 
     void samplePositions(std::uint8_t* target, const RowKernels& kernels) const noexcept {
         const CDrawnRange& range = *m_draw.range;
-        const std::ptrdiff_t slot = m_span.slot + (m_x - m_span.left);
+        const std::ptrdiff_t slot = range.raster().slotOf(m_span, m_y, m_x);
         const std::uint8_t* const pixels = windowPixels(m_draw);
-        if (range.isStraight()) {
+        if (range.isStraight(m_y / bandHeight)) {
             std::memcpy(target, pixels + range.offsets()[slot], static_cast<std::size_t>(m_count) * 4);
             return;
         }
@@ -140,6 +137,12 @@ Span coveredBy(const QueuedDraw& draw, int y) {
 
 } // namespace
 
+/// Whether the step samples a picture where its range says.
+bool CDrawQueue::isByPositions(const Step& step) {
+    return !step.isClear && (step.draw.picture || step.draw.pixels != nullptr) &&
+           !isCustom(step.draw.program);
+}
+
 void CDrawQueue::clear(Bgra colour) {
     m_steps.clear();
     m_steps.push_back({true, colour, {}});
@@ -149,69 +152,56 @@ void CDrawQueue::add(QueuedDraw draw) {
     m_steps.push_back({false, {}, std::move(draw)});
 }
 
-void CDrawQueue::prepare(CPictureStore& store, CThreadPool& pool, const RowKernels& kernels,
-                         WorkCounters& counters) {
+void CDrawQueue::begin(CPictureStore& store, CThreadPool& pool, WorkCounters& counters) {
     try {
         for (const Step& step : m_steps) {
             const QueuedDraw& draw = step.draw;
-            const bool isSampling = draw.picture || draw.pixels != nullptr;
-            if (step.isClear || !isSampling)
-                continue;
-            if (!isCustom(draw.program) && !draw.range->isEvaluated()) {
-                draw.range->evaluate(pool, kernels);
+            if (isByPositions(step) && !draw.range->isEvaluated())
                 ++counters.rangesEvaluated;
-            }
-            if (!draw.picture)
+            if (step.isClear || !draw.picture)
                 continue;
             if (isCustom(draw.program)) {
                 // Where the tables point to is known only pixel by pixel.
-                store.wantAll(*draw.picture);
+                store.makeAll(*draw.picture, pool);
             } else {
-                store.want(*draw.picture, draw.range->tiles());
+                store.bindMemory(*draw.picture);
             }
         }
-    } catch (...) {
-        store.makeWanted(pool); // what was noted must not outlive the pictures' shares
-        throw;
-    }
-    store.makeWanted(pool);
-}
-
-void CDrawQueue::execute(const TargetView& target, CPictureStore& store, CThreadPool& pool,
-                         const RowKernels& kernels, WorkCounters& counters) {
-    try {
-        prepare(store, pool, kernels, counters);
     } catch (...) {
         drop();
         throw;
     }
-    // All passes band by band: a clear's rows or an overview's are still in the cache for what comes over
-    // them.
-    std::atomic<std::uint64_t> cleared{0};
-    pool.run((target.height + rowsPerBand - 1) / rowsPerBand, [&](int band) noexcept {
-        const int end = std::min((band + 1) * rowsPerBand, target.height);
-        std::uint64_t own = 0;
-        for (int y = band * rowsPerBand; y < end; ++y)
-            own += executeRow(target, y, kernels);
-        cleared.fetch_add(own, std::memory_order_relaxed);
-    });
-    counters.pixelsCleared += cleared.load(std::memory_order_relaxed);
+}
+
+void CDrawQueue::end() noexcept {
+    for (const Step& step : m_steps) {
+        if (isByPositions(step))
+            step.draw.range->markEvaluated();
+    }
     drop();
 }
 
-std::uint64_t CDrawQueue::executeRow(const TargetView& target, int y,
-                                     const RowKernels& kernels) const noexcept {
+std::uint64_t CDrawQueue::executeBand(const TargetView& target, int band, CPictureStore& store,
+                                      const RowKernels& kernels) const noexcept {
+    const int begin = band * bandHeight;
+    const int end = std::min(begin + bandHeight, target.height);
+    for (const Step& step : m_steps) {
+        const QueuedDraw& draw = step.draw;
+        if (!isByPositions(step))
+            continue;
+        draw.range->evaluateBand(band, kernels);
+        if (draw.picture)
+            store.makeTiles(*draw.picture, draw.range->tiles(band));
+    }
     std::uint64_t cleared = 0;
     for (std::size_t i = 0; i < m_steps.size(); ++i) {
         if (m_steps[i].isClear) {
-            cleared += clearRow(target, y, i);
+            for (int y = begin; y < end; ++y)
+                cleared += clearRow(target, y, i);
             continue;
         }
         const QueuedDraw& draw = m_steps[i].draw;
-        const CRaster& raster = draw.range->raster();
-        if (y < raster.top() || y >= raster.bottom())
-            continue;
-        forEachPiece(raster, y, [&](const Span& span, int x, int count) {
+        draw.range->raster().forEachPiece(band, [&](const Span& span, int y, int x, int count) {
             CPiece(draw, span, x, y, count).drawTo(pixelOf(target, x, y), kernels);
         });
     }

@@ -5,6 +5,7 @@
 #include "render/software/InputPlanes.h"
 #include "render/software/TiledPicture.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -64,10 +65,22 @@ public:
     void add(QueuedDraw draw);
     void drop() { m_steps.clear(); }
 
-    /// Does it all, and forgets it whatever happens. Throws std::bad_alloc when the pictures that are looked
+    /// Does it all, and forgets it whatever happens. `rowsFinished(first, end)` is told about every row once,
+    /// in bands, by any thread, and throws nothing. Throws std::bad_alloc when the pictures that are looked
     /// at find no memory; nothing is drawn then.
+    template<typename RowsFinished>
     void execute(const TargetView& target, CPictureStore& store, CThreadPool& pool, const RowKernels& kernels,
-                 WorkCounters& counters);
+                 WorkCounters& counters, RowsFinished rowsFinished) {
+        begin(store, pool, counters);
+        // All passes band by band: what one leaves behind is still in the cache for what follows from it.
+        std::atomic<std::uint64_t> cleared{0};
+        pool.run(bandCount(target.height), [&](int band) noexcept {
+            cleared.fetch_add(executeBand(target, band, store, kernels), std::memory_order_relaxed);
+            rowsFinished(band * bandHeight, std::min((band + 1) * bandHeight, target.height));
+        });
+        counters.pixelsCleared += cleared.load(std::memory_order_relaxed);
+        end();
+    }
 
 private:
     struct Step {
@@ -76,8 +89,13 @@ private:
         QueuedDraw draw{};
     };
 
-    void prepare(CPictureStore& store, CThreadPool& pool, const RowKernels& kernels, WorkCounters& counters);
-    std::uint64_t executeRow(const TargetView& target, int y, const RowKernels& kernels) const noexcept;
+    static bool isByPositions(const Step& step);
+    void begin(CPictureStore& store, CThreadPool& pool, WorkCounters& counters);
+    /// Forgets the passes, whose positions all bands have now.
+    void end() noexcept;
+    /// The pixels that were cleared.
+    std::uint64_t executeBand(const TargetView& target, int band, CPictureStore& store,
+                              const RowKernels& kernels) const noexcept;
     std::uint64_t clearRow(const TargetView& target, int y, std::size_t step) const noexcept;
 
     std::vector<Step> m_steps;

@@ -3,13 +3,11 @@
 #include "render/software/TiledPicture.h"
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
 
 namespace tarvo::render::software {
 namespace {
 
-constexpr int rowsPerTask = 8;
 constexpr int mostTilesOfNeighbours = 6;
 constexpr int everyTile = std::numeric_limits<int>::max();
 
@@ -35,45 +33,56 @@ const std::uint16_t* CDrawnRange::fractions() const {
     return elements<std::uint16_t>(m_fractions);
 }
 
-void CDrawnRange::evaluate(CThreadPool& pool, const RowKernels& kernels) {
-    std::fill(m_touched.begin(), m_touched.end(), std::uint8_t{0});
-    m_isStraight = true;
-    const int rows = m_raster.bottom() - m_raster.top();
-    pool.run((rows + rowsPerTask - 1) / rowsPerTask, [&](int task) noexcept {
-        const int first = m_raster.top() + task * rowsPerTask;
-        const int end = std::min(first + rowsPerTask, m_raster.bottom());
-        for (int y = first; y < end; ++y)
-            evaluateRow(y, kernels);
-    });
-    m_tiles.clear(); // has room for all of them
-    for (std::uint32_t tile = 0; tile < m_touched.size(); ++tile) {
-        if (m_touched[tile] != 0)
-            m_tiles.push_back(tile);
+void CDrawnRange::forgetPositions(const PositionKey& positions, int targetHeight,
+                                  const MemorySource& memory) {
+    // Marked only once everything has its memory: what fails half-way is built again the next time.
+    m_isEvaluated = false;
+    m_positionKey = {};
+    if (positions.kernel != nullptr) {
+        growTo(m_offsets, m_raster.slotCount() * sizeof(std::int32_t), memory);
+        growTo(m_fractions, m_raster.slotCount() * sizeof(std::uint16_t), memory);
+        const auto tiles = static_cast<std::size_t>(tileColumns(positions.window.pictureWidth)) *
+                           static_cast<std::size_t>(tileRows(positions.window.pictureHeight));
+        const auto bands = static_cast<std::size_t>(bandCount(targetHeight));
+        m_tileWords = tileWords(tiles);
+        m_tiles.assign(bands * m_tileWords, 0);
+        m_bands.assign(bands, Band::unknown);
     }
-    m_isEvaluated = true;
+    m_positionKey = positions;
 }
 
-void CDrawnRange::evaluateRow(int y, const RowKernels& kernels) noexcept {
-    const SampledWindow& window = m_positionKey.window;
-    float u[pieceLength];
-    float v[pieceLength];
-    float positionX[pieceLength];
-    float positionY[pieceLength];
-    forEachPiece(m_raster, y, [&](const Span& span, int x, int count) {
-        const VertexValues& values = m_raster.values(span);
-        interpolate(values.u, x, y, count, u);
-        interpolate(values.v, x, y, count, v);
-        m_positionKey.kernel(
-            m_positionKey.record.bytes.data(), {u, v, count},
-            {positionX, positionY, static_cast<float>(window.width), static_cast<float>(window.height)});
-        const std::ptrdiff_t slot = span.slot + (x - span.left);
-        kernels.pack({positionX, positionY, count, window.width, window.height,
-                      static_cast<std::int32_t>(window.pitch), elements<std::int32_t>(m_offsets) + slot,
-                      elements<std::uint16_t>(m_fractions) + slot});
-        touch(positionX, positionY, count);
-        if (!isStraightPiece(slot, count))
-            std::atomic_ref(m_isStraight).store(false, std::memory_order_relaxed);
+void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
+    Band& state = m_bands[static_cast<std::size_t>(band)];
+    if (state != Band::unknown)
+        return;
+    const auto tiles = std::span(m_tiles).subspan(static_cast<std::size_t>(band) * m_tileWords, m_tileWords);
+    bool isStraight = true;
+    m_raster.forEachPiece(band, [&](const Span& span, int y, int x, int count) {
+        isStraight = evaluatePiece(span, y, x, count, kernels, tiles) && isStraight;
     });
+    state = isStraight ? Band::straight : Band::anyhow;
+}
+
+bool CDrawnRange::evaluatePiece(const Span& span, int y, int x, int count, const RowKernels& kernels,
+                                std::span<std::uint64_t> tiles) noexcept {
+    const SampledWindow& window = m_positionKey.window;
+    alignas(alignment) float u[pieceLength];
+    alignas(alignment) float v[pieceLength];
+    alignas(alignment) float positionX[pieceLength];
+    alignas(alignment) float positionY[pieceLength];
+    GroupBox boxes[pieceLength / groupLength];
+    const VertexValues& values = m_raster.values(span);
+    kernels.interpolate(alongRow(values.u, y), x, count, u);
+    kernels.interpolate(alongRow(values.v, y), x, count, v);
+    m_positionKey.kernel(
+        m_positionKey.record.bytes.data(), {u, v, count},
+        {positionX, positionY, static_cast<float>(window.width), static_cast<float>(window.height)});
+    const std::ptrdiff_t slot = m_raster.slotOf(span, y, x);
+    kernels.pack({positionX, positionY, count, window.width, window.height,
+                  static_cast<std::int32_t>(window.pitch), elements<std::int32_t>(m_offsets) + slot,
+                  elements<std::uint16_t>(m_fractions) + slot, boxes});
+    touch(boxes, slot, count, tiles);
+    return isStraightPiece(slot, count);
 }
 
 bool CDrawnRange::isStraightPiece(std::ptrdiff_t slot, int count) const {
@@ -86,46 +95,40 @@ bool CDrawnRange::isStraightPiece(std::ptrdiff_t slot, int count) const {
     return true;
 }
 
-void CDrawnRange::touch(const float* x, const float* y, int count) noexcept {
+void CDrawnRange::touch(const GroupBox* boxes, std::ptrdiff_t slot, int count,
+                        std::span<std::uint64_t> tiles) const noexcept {
     // The tiles of the box around a few neighbours are as good as always those that they look at; where the
     // projection tears neighbours apart, they are taken one by one.
-    constexpr int neighbours = 16;
-    for (int begin = 0; begin < count; begin += neighbours) {
-        const int end = std::min(begin + neighbours, count);
-        PositionBox box;
-        for (int i = begin; i < end; ++i)
-            box.include(x[i], y[i]);
-        if (box.isEmpty() || touchBox(box, mostTilesOfNeighbours))
+    for (int begin = 0; begin < count; begin += groupLength) {
+        const GroupBox& box = boxes[begin / groupLength];
+        if (box.left > box.right || touchBox(box, mostTilesOfNeighbours, tiles))
             continue;
-        for (int i = begin; i < end; ++i) {
-            PositionBox single;
-            single.include(x[i], y[i]);
-            if (!single.isEmpty())
-                touchBox(single, everyTile);
+        const std::int32_t* const first = offsets() + slot;
+        const auto pitch = static_cast<std::int32_t>(m_positionKey.window.pitch);
+        for (int i = begin; i < std::min(begin + groupLength, count); ++i) {
+            if (first[i] < 0)
+                continue;
+            const std::int32_t row = first[i] / pitch;
+            const std::int32_t column = (first[i] - row * pitch) / 4;
+            touchBox({column, row, column, row}, everyTile, tiles);
         }
     }
 }
 
-bool CDrawnRange::touchBox(const PositionBox& box, int most) noexcept {
+bool CDrawnRange::touchBox(const GroupBox& box, int most, std::span<std::uint64_t> tiles) const noexcept {
     const SampledWindow& window = m_positionKey.window;
-    // The pixels around a position, one more than needed where rounding might decide; as a position beyond
-    // the edge looks at the edge, it stays inside the window.
-    const auto pixel = [](float position, float margin, int origin, int size) {
-        return origin + static_cast<int>(std::clamp(position + margin, 0.0F, static_cast<float>(size - 1)));
-    };
-    const int left = pixel(box.left, -0.51F, window.left, window.width) / tileWidth;
-    const int top = pixel(box.top, -0.51F, window.top, window.height) / tileHeight;
-    const int right = pixel(box.right, 0.51F, window.left, window.width) / tileWidth;
-    const int bottom = pixel(box.bottom, 0.51F, window.top, window.height) / tileHeight;
+    // With the neighbours to the right and below, which the last pixels do not have.
+    const int left = (window.left + box.left) / tileWidth;
+    const int top = (window.top + box.top) / tileHeight;
+    const int right = (window.left + std::min(box.right + 1, window.width - 1)) / tileWidth;
+    const int bottom = (window.top + std::min(box.bottom + 1, window.height - 1)) / tileHeight;
     if ((right - left + 1) * (bottom - top + 1) > most)
         return false;
     const int columns = tileColumns(window.pictureWidth);
     for (int row = top; row <= bottom; ++row) {
         for (int column = left; column <= right; ++column) {
-            std::atomic_ref flag(m_touched[static_cast<std::size_t>(row * columns + column)]);
-            // Reading first keeps the cache line shared between threads; they all write the same.
-            if (flag.load(std::memory_order_relaxed) == 0)
-                flag.store(1, std::memory_order_relaxed);
+            const auto tile = static_cast<std::size_t>(row * columns + column);
+            tiles[tile / 64] |= std::uint64_t{1} << tile % 64;
         }
     }
     return true;
@@ -175,18 +178,7 @@ CDrawnRange* CDrawnRanges::acquire(const RasterKey& raster, const PositionKey& p
                                   raster.targetHeight);
             range->m_isRasterised = true;
         }
-        // Marked only once everything has its memory: what fails half-way is built again the next time.
-        range->m_isEvaluated = false;
-        range->m_positionKey = {};
-        if (positions.kernel != nullptr) {
-            growTo(range->m_offsets, range->m_raster.slotCount() * sizeof(std::int32_t), m_memory);
-            growTo(range->m_fractions, range->m_raster.slotCount() * sizeof(std::uint16_t), m_memory);
-            const auto tiles = static_cast<std::size_t>(tileColumns(positions.window.pictureWidth)) *
-                               static_cast<std::size_t>(tileRows(positions.window.pictureHeight));
-            range->m_touched.resize(tiles);
-            range->m_tiles.reserve(tiles);
-        }
-        range->m_positionKey = positions;
+        range->forgetPositions(positions, raster.targetHeight, m_memory);
     }
     range->m_isInUse = true;
     range->m_lastUse = ++m_uses;

@@ -11,15 +11,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <span>
 #include <vector>
 
 namespace tarvo::render::software {
-
-/// Rows of vertex values are worked on in pieces of this many pixels, which lie on the stack.
-inline constexpr int pieceLength = 128;
 
 /// The record of a pass, of any program.
 struct RecordBytes {
@@ -61,59 +57,54 @@ struct PositionKey {
     friend bool operator==(const PositionKey&, const PositionKey&) = default;
 };
 
-/// The box around positions; what is no number lies nowhere.
-struct PositionBox {
-    float left = std::numeric_limits<float>::infinity();
-    float top = std::numeric_limits<float>::infinity();
-    float right = -std::numeric_limits<float>::infinity();
-    float bottom = -std::numeric_limits<float>::infinity();
-
-    bool isEmpty() const { return !(left <= right && top <= bottom); }
-    void include(float x, float y) {
-        const bool isSomewhere = (x == x) & (y == y);
-        left = isSomewhere && x < left ? x : left;
-        right = isSomewhere && x > right ? x : right;
-        top = isSomewhere && y < top ? y : top;
-        bottom = isSomewhere && y > bottom ? y : bottom;
-    }
-};
-
 /// The pixels of a drawn range and, for every one of them, where it looks; kept from frame to frame.
+///
+/// Positions are worked out band by band, when the band is drawn: while a view moves, what was worked out is
+/// then still in the cache for the pixels that follow from it.
 class CDrawnRange {
 public:
     const CRaster& raster() const { return m_raster; }
     /// By the slots of the raster's spans.
     const std::int32_t* offsets() const;
     const std::uint16_t* fractions() const;
-    /// The tiles of the picture that are looked at, ascending. Those of another range or time until
-    /// evaluate() ran.
-    std::span<const std::uint32_t> tiles() const { return m_tiles; }
+    /// The tiles of the picture that a band looks at, as bits, tile 0 being the lowest of the first word.
+    std::span<const std::uint64_t> tiles(int band) const {
+        return std::span(m_tiles).subspan(static_cast<std::size_t>(band) * m_tileWords, m_tileWords);
+    }
+    /// Whether a band is a copy pixel by pixel: no fractions, and neighbours look at neighbours.
+    bool isStraight(int band) const { return m_bands[static_cast<std::size_t>(band)] == Band::straight; }
 
-    /// Whether it is a copy pixel by pixel: no fractions, and neighbours look at neighbours.
-    bool isStraight() const { return m_isStraight; }
-
+    /// Whether all bands have their positions.
     bool isEvaluated() const { return m_isEvaluated; }
-    /// Works out positions and tiles. Allocates nothing.
-    void evaluate(CThreadPool& pool, const RowKernels& kernels);
+    void markEvaluated() { m_isEvaluated = true; }
+    /// Works out the positions and tiles of a band, unless it has them. Different threads may do so for
+    /// different bands. Allocates nothing.
+    void evaluateBand(int band, const RowKernels& kernels) noexcept;
 
 private:
     friend class CDrawnRanges;
-    void evaluateRow(int y, const RowKernels& kernels) noexcept;
+    enum class Band : std::uint8_t { unknown, straight, anyhow };
+
+    void forgetPositions(const PositionKey& positions, int targetHeight, const MemorySource& memory);
+    /// Whether the piece is straight.
+    bool evaluatePiece(const Span& span, int y, int x, int count, const RowKernels& kernels,
+                       std::span<std::uint64_t> tiles) noexcept;
     bool isStraightPiece(std::ptrdiff_t slot, int count) const;
-    void touch(const float* x, const float* y, int count) noexcept;
+    void touch(const GroupBox* boxes, std::ptrdiff_t slot, int count,
+               std::span<std::uint64_t> tiles) const noexcept;
     /// Unless it has more than so many tiles.
-    bool touchBox(const PositionBox& box, int most) noexcept;
+    bool touchBox(const GroupBox& box, int most, std::span<std::uint64_t> tiles) const noexcept;
 
     RasterKey m_rasterKey;
     PositionKey m_positionKey;
     CRaster m_raster;
     CAlignedBytes m_offsets;
     CAlignedBytes m_fractions;
-    std::vector<std::uint8_t> m_touched; ///< by tile, 0 or 1
-    std::vector<std::uint32_t> m_tiles;
+    std::vector<Band> m_bands;
+    std::vector<std::uint64_t> m_tiles; ///< of all bands
+    std::size_t m_tileWords = 0;        ///< of one band
     bool m_isRasterised = false;
     bool m_isEvaluated = false;
-    bool m_isStraight = false;
     bool m_isInUse = false;
     std::uint64_t m_lastUse = 0;
 };
@@ -142,20 +133,9 @@ private:
     std::uint64_t m_uses = 0;
 };
 
-/// Calls `piece(y, span, first column, count)` for the spans of a row, cut into pieces.
-template<typename Piece>
-void forEachPiece(const CRaster& raster, int y, Piece piece) {
-    for (const Span& span : raster.row(y)) {
-        for (int x = span.left; x < span.right; x += pieceLength)
-            piece(span, x, x + pieceLength < span.right ? pieceLength : span.right - x);
-    }
-}
-
-/// A vertex value at the centres of pixels x … x + count − 1 of row y.
-inline void interpolate(const Affine& value, int x, int y, int count, float* values) {
-    const double begin = value.origin + value.perY * (y + 0.5);
-    for (int i = 0; i < count; ++i)
-        values[i] = static_cast<float>(begin + value.perX * (x + i + 0.5));
+/// A vertex value along row y.
+inline LinearRow alongRow(const Affine& value, int y) {
+    return {value.origin + value.perY * (y + 0.5), value.perX};
 }
 
 } // namespace tarvo::render::software

@@ -55,6 +55,19 @@ void copyRows(CThreadPool& pool, const SourceRows& source, std::uint8_t* target,
     });
 }
 
+void RawRows::keep(std::size_t left, std::size_t right, int top, int bottom) noexcept {
+    const std::size_t end = std::min(right, rowBytes);
+    if (left >= end)
+        return;
+    for (int y = top; y < std::min(bottom, rows); ++y)
+        std::memcpy(bytes.data() + static_cast<std::size_t>(y) * pitch + left, data() + y * step() + left,
+                    end - left);
+}
+
+bool canBeLent(const SourceRows& source, std::size_t rowBytes, int rows) {
+    return source.isLent && source.data != nullptr && source.rowBytes >= rowBytes && source.rowCount >= rows;
+}
+
 RawRows* CInputPlane::writable() {
     for (RawRows& rows : m_sets) {
         const int own = &rows == m_current.get() ? 1 : 0;

@@ -9,22 +9,38 @@
 
 namespace tarvo::render::software {
 
-/// Rows of bytes as they were uploaded: a plane, a packed frame or the lookup tables.
+/// Rows of bytes as they were uploaded: a plane, a packed frame or the lookup tables. While they are lent
+/// they lie where the lender has them.
 struct RawRows : CCounted {
     CAlignedBytes bytes;
     std::size_t rowBytes = 0;
     std::size_t pitch = 0;
     int rows = 0;
+    SourceRows lender;   ///< of all rows; no data: not lent
+    bool isWhole = true; ///< else only what was not yet converted was kept
 
     RawRows() = default;
     /// Zeros; throws std::bad_alloc.
     RawRows(std::size_t theRowBytes, int theRows, const MemorySource& memory)
-        : bytes(alignedUp(theRowBytes) * static_cast<std::size_t>(theRows), memory), rowBytes(theRowBytes),
-          pitch(alignedUp(theRowBytes)), rows(theRows) {}
+        : bytes(rowPitch(theRowBytes) * static_cast<std::size_t>(theRows), memory), rowBytes(theRowBytes),
+          pitch(rowPitch(theRowBytes)), rows(theRows) {}
     RawRows(const RawRows&) = delete;
     RawRows& operator=(const RawRows&) = delete;
     void unused() {}
+
+    bool isLent() const { return lender.data != nullptr; }
+    const std::uint8_t* data() const {
+        return isLent() ? static_cast<const std::uint8_t*>(static_cast<const void*>(lender.data))
+                        : bytes.data();
+    }
+    std::ptrdiff_t step() const { return isLent() ? lender.stepBytes : static_cast<std::ptrdiff_t>(pitch); }
+    /// Copies the bytes from column `left` up to `right` of the rows from `top` up to `bottom`, as far as
+    /// there are such, from the lender.
+    void keep(std::size_t left, std::size_t right, int top, int bottom) noexcept;
 };
+
+/// Whether these rows can stay where they are until they are asked to be kept.
+bool canBeLent(const SourceRows& source, std::size_t rowBytes, int rows);
 
 /// Fills `rows` rows of `rowBytes` bytes with what the source has of them, and with zeros where it ends.
 void copyRows(CThreadPool& pool, const SourceRows& source, std::uint8_t* target, std::size_t pitch,
@@ -43,6 +59,7 @@ public:
     /// That of the two which is not the current one.
     const RawRows& other() const { return &m_sets[0] == m_current.get() ? m_sets[1] : m_sets[0]; }
     void replaceWith(RawRows& rows) { m_current = CShare<RawRows>(rows); }
+    std::array<RawRows, 2>& sets() { return m_sets; }
 
 private:
     std::array<RawRows, 2> m_sets;

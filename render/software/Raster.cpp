@@ -75,6 +75,10 @@ void clipToSide(Columns& columns, GridPoint from, GridPoint to, std::int64_t cen
     }
 }
 
+constexpr int padded(int pixels) {
+    return (pixels + slotAlignment - 1) / slotAlignment * slotAlignment;
+}
+
 /// The plane through three corners.
 Affine through(const std::array<Point, 3>& p, double area, double a, double b, double c) {
     const double perX = ((b - a) * (p[2].y - p[0].y) - (c - a) * (p[1].y - p[0].y)) / area;
@@ -160,6 +164,7 @@ bool CRaster::buildRectangle(std::span<const Vertex> vertices, int width, int he
     if (left >= right)
         m_bottom = m_top;
     m_isRectangle = true;
+    m_paddedWidth = padded(right - left);
     m_values.push_back(valuesOf(vertices[0], vertices[1], vertices[2],
                                 [&](double a, double b, double c) { return over(corners, a, b, c); }));
     const auto rows = static_cast<std::size_t>(m_bottom - m_top);
@@ -236,7 +241,7 @@ void CRaster::assignSlots() {
     std::int64_t slot = 0;
     for (Span& span : m_spans) {
         span.slot = static_cast<std::int32_t>(slot);
-        slot += (span.right - span.left + slotAlignment - 1) / slotAlignment * slotAlignment;
+        slot += padded(span.right - span.left);
         // Triangles that cover a large target many times over.
         if (slot > std::numeric_limits<std::int32_t>::max() / 4)
             throw std::bad_alloc();

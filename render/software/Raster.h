@@ -3,12 +3,23 @@
 #include "geometry/ViewLayout.h"
 #include "render/Pass.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace tarvo::render::software {
+
+/// Targets are worked on in bands of this many rows, an even number, and bands in pieces of this many
+/// columns: what neighbouring pixels look at, above all in a view that is turned, is then still in the first
+/// cache.
+inline constexpr int bandHeight = 16;
+inline constexpr int pieceLength = 128;
+
+constexpr int bandCount(int height) {
+    return (height + bandHeight - 1) / bandHeight;
+}
 
 /// A vertex value over a triangle, as a function of the place in the target, pixels.
 struct Affine {
@@ -62,6 +73,43 @@ public:
     const VertexValues& values(const Span& span) const {
         return m_values[static_cast<std::size_t>(span.values)];
     }
+    /// Where arrays by slot hold a pixel of a span in row y, the first of a piece. Those of a rectangle lie
+    /// in the order in which forEachPiece() visits them.
+    std::ptrdiff_t slotOf(const Span& span, int y, int x) const {
+        if (!m_isRectangle)
+            return span.slot + (x - span.left);
+        const int firstRow = std::max(m_top, y / bandHeight * bandHeight);
+        const int rows = std::min(m_bottom, (y / bandHeight + 1) * bandHeight) - firstRow;
+        const int column = x - span.left;
+        const int length = std::min(pieceLength, m_paddedWidth - column);
+        return static_cast<std::ptrdiff_t>(firstRow - m_top) * m_paddedWidth +
+               static_cast<std::ptrdiff_t>(column) * rows +
+               static_cast<std::ptrdiff_t>(y - firstRow) * length;
+    }
+    /// Calls `visit(span, y, first column, count)` for the pieces of a band. Pieces of different spans come
+    /// in the order of the spans where they overlap.
+    template<typename Visit>
+    void forEachPiece(int band, Visit visit) const {
+        const int first = std::max(m_top, band * bandHeight);
+        const int end = std::min(m_bottom, (band + 1) * bandHeight);
+        const auto pieceOf = [&](const Span& span, int y, int x) {
+            visit(span, y, x, std::min(pieceLength, span.right - x));
+        };
+        if (m_isRectangle && first < end) {
+            const Span& side = row(first).front();
+            for (int x = side.left; x < side.right; x += pieceLength) {
+                for (int y = first; y < end; ++y)
+                    pieceOf(row(y).front(), y, x);
+            }
+            return;
+        }
+        for (int y = first; y < end; ++y) {
+            for (const Span& span : row(y)) {
+                for (int x = span.left; x < span.right; x += pieceLength)
+                    pieceOf(span, y, x);
+            }
+        }
+    }
     /// How long arrays by slot have to be.
     std::size_t slotCount() const { return static_cast<std::size_t>(m_slotCount); }
     /// True when each row has exactly one span and all are alike.
@@ -83,6 +131,7 @@ private:
     int m_top = 0;
     int m_bottom = 0;
     bool m_isRectangle = false;
+    int m_paddedWidth = 0; ///< of a rectangle
     std::int32_t m_slotCount = 0;
     std::vector<Span> m_spans;
     std::vector<std::size_t> m_rowStarts;

@@ -114,7 +114,7 @@ PixelArea areaOf(const ExcludeConstants& constants, const CRaster& raster, int w
     const VertexValues& values = raster.values(raster.row(0).front());
     const auto at = [](const Affine& value, int x, int y) {
         float coordinate = 0.0F;
-        interpolate(value, x, y, 1, &coordinate);
+        rowKernels().interpolate(alongRow(value, y), x, 1, &coordinate);
         return coordinate;
     };
     const float* const rect = constants.excludeRect;
@@ -285,6 +285,13 @@ HRESULT CSoftwareDevice::upload(Surface surface, const SourceRows& rows) {
     });
 }
 
+void CSoftwareDevice::keepInput() {
+    if (!isOpen())
+        return;
+    execute(); // queued passes still look at the lender's memory
+    m_frame->surfaces.keepInput(*m_frame->pool);
+}
+
 void CSoftwareDevice::clear(Surface target, const std::array<float, 4>& colour) {
     guarded([&](Frame& frame) -> HRESULT {
         const Bgra stored = storedColour({colour[0], colour[1], colour[2], colour[3]});
@@ -432,6 +439,10 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
     };
     if (isConversion && note(pass, draw, acquire({})->raster()))
         return S_OK;
+    // Of rows that were lent, what was converted is not kept a second time.
+    const auto& planes = draw.planes;
+    if (std::any_of(planes.begin(), planes.end(), [](const auto& rows) { return rows && !rows->isWhole; }))
+        return E_FAIL;
     PositionKey positions;
     if (PositionKernel RowKernels::*const kernel = needsOf(pass.program).kernel; kernel != nullptr)
         positions = {rowKernels().*kernel, draw.record, draw.window};
@@ -445,7 +456,7 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
     const TargetView target = frame.surfaces.drawableConversionTarget(*frame.pool);
     CDrawQueue now;
     now.add(std::move(draw));
-    now.execute(target, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters);
+    now.execute(target, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters, [](int, int) {});
     return S_OK;
 }
 
@@ -493,13 +504,23 @@ void CSoftwareDevice::copyBox(Surface from, const geometry::PixelBox& box, Surfa
     });
 }
 
-HRESULT CSoftwareDevice::execute() noexcept {
+MappedRows CSoftwareDevice::mappedOutput() const {
+    const TargetView& view = m_frame->surfaces.output();
+    return {static_cast<const std::byte*>(static_cast<const void*>(view.pixels)),
+            static_cast<std::size_t>(view.pitch), view.width, view.height};
+}
+
+HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
     Frame& frame = *m_frame;
     HRESULT result = S_OK;
     if (!frame.queue.isEmpty()) {
         try {
+            const MappedRows picture = mappedOutput();
             frame.queue.execute(frame.surfaces.output(), frame.surfaces.store(), *frame.pool, rowKernels(),
-                                frame.counters);
+                                frame.counters, [&](int first, int end) {
+                                    if (observer != nullptr)
+                                        observer->rowsFinished(picture, first, end);
+                                });
         } catch (...) {
             frame.failure = result = failed(E_OUTOFMEMORY, __LINE__);
         }
@@ -509,18 +530,15 @@ HRESULT CSoftwareDevice::execute() noexcept {
 }
 
 void CSoftwareDevice::flush() {
-    if (isOpen())
-        execute();
+    // Drawing begins when somebody waits for it, so that rows can be handed over as they are finished.
 }
 
 HRESULT CSoftwareDevice::readBack(IMappedRowsVisitor& visitor) {
     return guarded([&](Frame& frame) -> HRESULT {
-        execute();
+        execute(&visitor);
         if (FAILED(frame.failure))
             return std::exchange(frame.failure, S_OK);
-        const TargetView& view = frame.surfaces.output();
-        return visitor.visit({static_cast<const std::byte*>(static_cast<const void*>(view.pixels)),
-                              static_cast<std::size_t>(view.pitch), view.width, view.height});
+        return visitor.visit(mappedOutput());
     });
 }
 

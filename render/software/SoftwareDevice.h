@@ -15,10 +15,11 @@ namespace tarvo::render::software {
 
 /// Draws without a graphics platform.
 ///
-/// What is asked of the output is queued and done at flush() or readBack(); what is asked of the surfaces of
-/// the input's side is only noted, and done for those tiles which the output looks at. Once the largest frame
-/// has gone through, a frame allocates nothing. Nothing that a verb throws inside comes out: without memory
-/// it answers E_OUTOFMEMORY, and the verbs without an answer leave the surface as it was.
+/// What is asked of the output is queued and done at readBack(), or before what it looks at changes; what is
+/// asked of the surfaces of the input's side is only noted, and done for those tiles which the output looks
+/// at. Once the largest frame has gone through, a frame allocates nothing. Nothing that a verb throws inside
+/// comes out: without memory it answers E_OUTOFMEMORY, and the verbs without an answer leave the surface as
+/// it was.
 class CSoftwareDevice final : public IRenderDevice {
 public:
     /// Threads of `pool`, or of the pool that all devices of the process share, which is held while the
@@ -46,6 +47,7 @@ public:
     void releaseLookup() override;
 
     HRESULT upload(Surface surface, const SourceRows& rows) override;
+    void keepInput() override;
     void clear(Surface target, const std::array<float, 4>& colour) override;
     HRESULT draw(const Pass& pass) override;
     void copy(Surface from, Surface to) override;
@@ -67,7 +69,9 @@ private:
     HRESULT drawQueued(const Pass& pass);
     /// The usual passes over the whole conversion target only change what it shows; false for any other.
     bool note(const Pass& pass, const QueuedDraw& draw, const CRaster& raster);
-    HRESULT execute() noexcept;
+    /// `observer` is told of rows as they are finished.
+    HRESULT execute(IMappedRowsVisitor* observer = nullptr) noexcept;
+    MappedRows mappedOutput() const;
 
     diagnostics::ObjectLog m_log;
     std::shared_ptr<CThreadPool> m_givenPool;

@@ -28,7 +28,7 @@ bool CSurfaces::isPossible(const InputFormat& input, const OutputFormat& output)
 
 CSurfaces::CSurfaces(const InputFormat& input, const OutputFormat& output, const MemorySource& memory)
     : m_memory(memory), m_input(input), m_store(input.width, input.height, memory) {
-    const std::size_t pitch = alignedUp(static_cast<std::size_t>(output.width) * 4);
+    const std::size_t pitch = rowPitch(static_cast<std::size_t>(output.width) * 4);
     // With the row and the pixel more that samplers of pictures may read.
     m_output = CAlignedBytes(pitch * (static_cast<std::size_t>(output.height) + 1) + alignment, memory);
     m_outputView = {m_output.data(), static_cast<std::ptrdiff_t>(pitch), output.width, output.height};
@@ -104,14 +104,18 @@ void CSurfaces::fillConversionTarget(Bgra colour) {
 }
 
 void CSurfaces::convertYv12() {
-    shown(Surface::conversionTarget) =
-        whole(m_store.fromYv12(m_input.width, m_input.height,
-                               {m_planes[0]->current(), m_planes[1]->current(), m_planes[2]->current()}));
+    if (!m_converted) {
+        m_converted =
+            m_store.fromYv12(m_input.width, m_input.height,
+                             {m_planes[0]->current(), m_planes[1]->current(), m_planes[2]->current()});
+    }
+    shown(Surface::conversionTarget) = whole(m_converted);
 }
 
 void CSurfaces::convertYuy2() {
-    shown(Surface::conversionTarget) =
-        whole(m_store.fromYuy2(m_input.width, m_input.height, m_planes[packedPlane]->current()));
+    if (!m_converted)
+        m_converted = m_store.fromYuy2(m_input.width, m_input.height, m_planes[packedPlane]->current());
+    shown(Surface::conversionTarget) = whole(m_converted);
 }
 
 void CSurfaces::mask(Surface source, const PixelArea& area) {
@@ -216,14 +220,22 @@ HRESULT CSurfaces::upload(Surface surface, const SourceRows& rows, CThreadPool& 
 
 HRESULT CSurfaces::uploadPicture(Surface surface, const SourceRows& rows, CThreadPool& pool) {
     Shown& s = shown(surface);
+    m_lentPicture = {};
     if (!s.picture->isStored() || s.picture->shares() != 1)
         s = whole(m_store.stored(m_input.width, m_input.height));
+    if (canBeLent(rows, static_cast<std::size_t>(s.width) * 4, s.height)) {
+        m_store.lend(*s.picture, rows);
+        m_lentPicture = s.picture;
+        return S_OK;
+    }
     copyRows(pool, rows, s.picture->pixels(), static_cast<std::size_t>(s.picture->pitch()),
              static_cast<std::size_t>(s.width) * 4, s.height);
     return S_OK;
 }
 
 HRESULT CSurfaces::uploadPlane(CInputPlane& plane, const SourceRows& rows, CThreadPool& pool) {
+    // From now on the planes are of another frame.
+    m_converted = {};
     if (plane.writable() == nullptr) {
         // Some surface still shows the frame before the last. It gets its pixels now, once, and is not in
         // the way from then on.
@@ -235,9 +247,127 @@ HRESULT CSurfaces::uploadPlane(CInputPlane& plane, const SourceRows& rows, CThre
     RawRows* const target = plane.writable();
     if (target == nullptr)
         return E_FAIL;
-    copyRows(pool, rows, target->bytes.data(), target->pitch, target->rowBytes, target->rows);
+    if (canBeLent(rows, target->rowBytes, target->rows)) {
+        target->lender = rows;
+    } else {
+        target->lender = {};
+        target->isWhole = true;
+        copyRows(pool, rows, target->bytes.data(), target->pitch, target->rowBytes, target->rows);
+    }
     plane.replaceWith(*target);
     return S_OK;
+}
+
+void CSurfaces::keepInput(CThreadPool& pool) noexcept {
+    if (m_lentPicture) {
+        m_store.makeStored(*m_lentPicture, pool); // has its memory
+        m_lentPicture = {};
+    }
+    const auto isLent = [this](std::size_t index) {
+        return m_planes[index] != nullptr && m_planes[index]->current()->isLent();
+    };
+    if (isLent(0) && isLent(1) && isLent(2))
+        keepPlanes(m_converted.get(), pool);
+    if (isLent(packedPlane))
+        keepPacked(m_converted.get(), pool);
+    for (const auto& plane : m_planes) {
+        if (plane == nullptr)
+            continue;
+        for (RawRows& rows : plane->sets()) {
+            if (rows.isLent()) {
+                rows.keep(0, rows.rowBytes, 0, rows.rows);
+                rows.isWhole = true;
+                rows.lender = {};
+            }
+        }
+    }
+}
+
+namespace {
+
+/// Calls `visit(first, end)` for the longest stretches of columns that are wanted.
+template<typename IsWanted, typename Visit>
+void forEachRun(int columns, IsWanted isWanted, Visit visit) {
+    for (int first = 0; first < columns; ++first) {
+        int end = first;
+        while (end < columns && isWanted(end))
+            ++end;
+        if (end != first) {
+            visit(first, end);
+            first = end;
+        }
+    }
+}
+
+void endLoan(RawRows& rows, bool isWhole) {
+    rows.isWhole = isWhole;
+    rows.lender = {};
+}
+
+} // namespace
+
+void CSurfaces::keepPlanes(const CTiledPicture* converted, CThreadPool& pool) noexcept {
+    RawRows& luma = *m_planes[0]->current();
+    RawRows& cr = *m_planes[1]->current();
+    RawRows& cb = *m_planes[2]->current();
+    const int columns = tileColumns(m_input.width);
+    const int rows = tileRows(m_input.height);
+    const auto isUnmade = [&](int row, int column) {
+        return converted == nullptr || !converted->isMade(static_cast<std::uint32_t>(row * columns + column));
+    };
+    // Tiles look at the chroma next to them.
+    const auto isAnyUnmadeAround = [&](int row, int column) {
+        for (int y = std::max(row - 1, 0); y <= std::min(row + 1, rows - 1); ++y) {
+            for (int x = std::max(column - 1, 0); x <= std::min(column + 1, columns - 1); ++x) {
+                if (isUnmade(y, x))
+                    return true;
+            }
+        }
+        return false;
+    };
+    pool.run(rows, [&](int row) noexcept {
+        const auto bytes = [](int column, int width) { return static_cast<std::size_t>(column * width); };
+        forEachRun(
+            columns, [&](int column) { return isUnmade(row, column); },
+            [&](int first, int end) {
+                luma.keep(bytes(first, tileWidth), bytes(end, tileWidth), row * tileHeight,
+                          (row + 1) * tileHeight);
+            });
+        forEachRun(
+            columns, [&](int column) { return isAnyUnmadeAround(row, column); },
+            [&](int first, int end) {
+                for (RawRows* chroma : {&cr, &cb})
+                    chroma->keep(bytes(first, tileWidth / 2), bytes(end, tileWidth / 2), row * tileHeight / 2,
+                                 (row + 1) * tileHeight / 2);
+            });
+    });
+    for (RawRows* plane : {&luma, &cr, &cb})
+        endLoan(*plane, converted == nullptr);
+}
+
+void CSurfaces::keepPacked(const CTiledPicture* converted, CThreadPool& pool) noexcept {
+    // Rows of an odd width begin in the middle of two pixels' common bytes.
+    if (converted == nullptr || m_input.width % 2 != 0)
+        return;
+    RawRows& packed = *m_planes[packedPlane]->current();
+    const int columns = tileColumns(m_input.width);
+    pool.run(tileRows(m_input.height), [&](int row) noexcept {
+        forEachRun(
+            columns,
+            [&](int column) {
+                return !converted->isMade(static_cast<std::uint32_t>(row * columns + column));
+            },
+            [&](int first, int end) {
+                const int right = std::min(end * tileWidth, m_input.width);
+                for (int y = row * tileHeight; y < std::min((row + 1) * tileHeight, m_input.height); ++y) {
+                    const std::size_t begin =
+                        static_cast<std::size_t>(y) * static_cast<std::size_t>(m_input.width);
+                    packed.keep((begin + static_cast<std::size_t>(first * tileWidth)) * 2,
+                                (begin + static_cast<std::size_t>(right)) * 2, 0, 1);
+                }
+            });
+    });
+    endLoan(packed, false);
 }
 
 void CSurfaces::setLookup(int width, int height) {

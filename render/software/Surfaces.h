@@ -53,6 +53,8 @@ public:
     HRESULT copy(Surface from, const geometry::PixelBox& box, Surface to, CThreadPool& pool,
                  WorkCounters& counters);
     HRESULT upload(Surface surface, const SourceRows& rows, CThreadPool& pool);
+    /// Copies what was lent, as far as it may still be looked at.
+    void keepInput(CThreadPool& pool) noexcept;
     /// The conversion target with its pixels in memory, shared with nobody.
     TargetView drawableConversionTarget(CThreadPool& pool);
 
@@ -77,6 +79,8 @@ private:
     Shown whole(PictureShare picture) const;
     HRESULT uploadPicture(Surface surface, const SourceRows& rows, CThreadPool& pool);
     HRESULT uploadPlane(CInputPlane& plane, const SourceRows& rows, CThreadPool& pool);
+    void keepPlanes(const CTiledPicture* converted, CThreadPool& pool) noexcept;
+    void keepPacked(const CTiledPicture* converted, CThreadPool& pool) noexcept;
     CTiledPicture& writablePicture(Surface surface, CThreadPool& pool);
     PixelView readable(Surface surface, CThreadPool& pool);
 
@@ -88,6 +92,9 @@ private:
     std::array<std::unique_ptr<CInputPlane>, 4> m_planes; ///< Y, Cr, Cb, packed
     CPictureStore m_store;
     std::array<Shown, 4> m_shown; ///< conversion target, input picture, masked input, exclude area
+    /// What became of the planes as they are now: another conversion gives the same picture, tiles and all.
+    PictureShare m_converted;
+    PictureShare m_lentPicture;
     std::optional<LookupTables> m_lookup;
 };
 

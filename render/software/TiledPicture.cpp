@@ -1,8 +1,9 @@
 #include "render/software/TiledPicture.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
-#include <numeric>
+#include <thread>
 
 namespace tarvo::render::software {
 namespace {
@@ -10,8 +11,16 @@ namespace {
 constexpr std::size_t pictureCount = 16;
 constexpr std::size_t readyBlocks = 3;
 
-std::uint8_t* pixelAt(std::uint8_t* pixels, std::ptrdiff_t pitch, int x, int y) {
+template<typename Byte>
+Byte* pixelAt(Byte* pixels, std::ptrdiff_t pitch, int x, int y) {
     return pixels + y * pitch + static_cast<std::ptrdiff_t>(x) * 4;
+}
+
+void copyArea(const std::uint8_t* source, std::ptrdiff_t sourcePitch, const PixelArea& area,
+              std::uint8_t* target, std::ptrdiff_t pitch) {
+    for (int y = area.top; y < area.bottom; ++y)
+        std::memcpy(pixelAt(target, pitch, area.left, y), pixelAt(source, sourcePitch, area.left, y),
+                    static_cast<std::size_t>(area.right - area.left) * 4);
 }
 
 void fillArea(std::uint8_t* pixels, std::ptrdiff_t pitch, const PixelArea& area, Bgra colour) {
@@ -42,6 +51,7 @@ PixelView CTiledPicture::view() const {
 void CTiledPicture::forgetSources() {
     m_rows = {};
     m_source = {};
+    m_lent = {};
 }
 
 void CTiledPicture::unused() {
@@ -51,40 +61,43 @@ void CTiledPicture::unused() {
     m_memory = {};
 }
 
-bool CTiledPicture::isAreaMade(const PixelArea& area) const {
+PixelArea CTiledPicture::areaOf(std::uint32_t first, std::uint32_t end) const {
     const auto columns = static_cast<std::uint32_t>(tileColumns(m_width));
-    for (int y = area.top / tileHeight; y * tileHeight < area.bottom; ++y) {
-        for (int x = area.left / tileWidth; x * tileWidth < area.right; ++x) {
-            if (!isMade(static_cast<std::uint32_t>(y) * columns + static_cast<std::uint32_t>(x)))
-                return false;
-        }
-    }
-    return true;
+    const int left = static_cast<int>(first % columns) * tileWidth;
+    const int top = static_cast<int>(first / columns) * tileHeight;
+    return {left, top, std::min(left + static_cast<int>(end - first) * tileWidth, m_width),
+            std::min(top + tileHeight, m_height)};
+}
+
+void CTiledPicture::makeRun(std::uint32_t first, std::uint32_t end) noexcept {
+    produce(areaOf(first, end), m_memory.data(), m_pitch);
+    for (std::uint32_t tile = first; tile < end; ++tile)
+        state(tile).store(made, std::memory_order_release);
+    m_store->m_tilesMade.fetch_add(end - first, std::memory_order_relaxed);
 }
 
 void CTiledPicture::produce(PixelArea area, std::uint8_t* target, std::ptrdiff_t pitch) const noexcept {
     switch (m_content) {
     case Content::stored:
-        for (int y = area.top; y < area.bottom; ++y) {
-            std::memcpy(pixelAt(target, pitch, area.left, y), pixelAt(m_memory.data(), m_pitch, area.left, y),
-                        static_cast<std::size_t>(area.right - area.left) * 4);
-        }
+        copyArea(m_memory.data(), m_pitch, area, target, pitch);
+        break;
+    case Content::lent:
+        copyArea(static_cast<const std::uint8_t*>(static_cast<const void*>(m_lent.data)), m_lent.stepBytes,
+                 area, target, pitch);
         break;
     case Content::colour:
         fillArea(target, pitch, area, m_colour);
         break;
     case Content::yv12: {
-        const auto step = [&](std::size_t i) { return static_cast<std::ptrdiff_t>(m_rows[i]->pitch); };
         convertYv12ToBgra({m_width,
                            m_height,
-                           {m_rows[0]->bytes.data(), m_rows[1]->bytes.data(), m_rows[2]->bytes.data()},
-                           {step(0), step(1), step(2)}},
+                           {m_rows[0]->data(), m_rows[1]->data(), m_rows[2]->data()},
+                           {m_rows[0]->step(), m_rows[1]->step(), m_rows[2]->step()}},
                           {target, pitch}, area);
         break;
     }
     case Content::yuy2:
-        convertYuy2ToBgra({m_width, m_height, m_rows[0]->bytes.data(), m_rows[0]->rowBytes}, {target, pitch},
-                          area);
+        convertYuy2ToBgra({m_width, m_height, m_rows[0]->data(), m_rows[0]->rowBytes}, {target, pitch}, area);
         break;
     case Content::masked:
         produceMasked(area, target, pitch);
@@ -94,20 +107,22 @@ void CTiledPicture::produce(PixelArea area, std::uint8_t* target, std::ptrdiff_t
 
 void CTiledPicture::produceMasked(PixelArea area, std::uint8_t* target, std::ptrdiff_t pitch) const noexcept {
     // What the source has in memory is copied; else it is made here, and the source need not have it at all.
-    if (m_source->isAreaMade(area)) {
-        for (int y = area.top; y < area.bottom; ++y) {
-            std::memcpy(pixelAt(target, pitch, area.left, y),
-                        pixelAt(m_source->m_memory.data(), m_source->m_pitch, area.left, y),
-                        static_cast<std::size_t>(area.right - area.left) * 4);
+    const auto columns = static_cast<std::uint32_t>(tileColumns(m_width));
+    for (int left = area.left; left < area.right; left += tileWidth) {
+        const PixelArea tile{left, area.top, std::min(left + tileWidth, area.right), area.bottom};
+        const std::uint32_t number = static_cast<std::uint32_t>(area.top / tileHeight) * columns +
+                                     static_cast<std::uint32_t>(left / tileWidth);
+        if (m_source->isMade(number)) {
+            copyArea(m_source->m_memory.data(), m_source->m_pitch, tile, target, pitch);
+        } else {
+            m_source->produce(tile, target, pitch);
         }
-    } else {
-        m_source->produce(area, target, pitch);
     }
     fillArea(target, pitch, intersection(area, m_mask), opaqueBlack);
 }
 
 CPictureStore::CPictureStore(int width, int height, const MemorySource& memory)
-    : m_memory(memory), m_pitch(static_cast<std::ptrdiff_t>(alignedUp(static_cast<std::size_t>(width) * 4))),
+    : m_memory(memory), m_pitch(static_cast<std::ptrdiff_t>(rowPitch(static_cast<std::size_t>(width) * 4))),
       m_tileCount(static_cast<std::size_t>(tileColumns(width)) * static_cast<std::size_t>(tileRows(height))) {
     // A row and a pixel more than there are: samplers read one neighbour further, with no weight.
     m_blockBytes = static_cast<std::size_t>(m_pitch) * (static_cast<std::size_t>(height) + 1) + alignment;
@@ -115,9 +130,6 @@ CPictureStore::CPictureStore(int width, int height, const MemorySource& memory)
     m_spare.reserve(pictureCount);
     for (std::size_t i = 0; i < readyBlocks; ++i)
         m_spare.emplace_back(m_blockBytes, memory);
-    m_runs.reserve(2 * m_tileCount);
-    m_allTiles.resize(m_tileCount);
-    std::iota(m_allTiles.begin(), m_allTiles.end(), 0U);
 }
 
 CPictureStore::~CPictureStore() {
@@ -144,7 +156,7 @@ PictureShare CPictureStore::make(CTiledPicture::Content content, int width, int 
     picture.m_content = content;
     picture.m_width = width;
     picture.m_height = height;
-    picture.m_pitch = static_cast<std::ptrdiff_t>(alignedUp(static_cast<std::size_t>(width) * 4));
+    picture.m_pitch = static_cast<std::ptrdiff_t>(rowPitch(static_cast<std::size_t>(width) * 4));
     std::fill(picture.m_tiles.begin(), picture.m_tiles.end(), CTiledPicture::unmade);
     return PictureShare(picture);
 }
@@ -153,6 +165,12 @@ PictureShare CPictureStore::filled(int width, int height, Bgra colour) {
     PictureShare picture = make(CTiledPicture::Content::colour, width, height);
     picture->m_colour = colour;
     return picture;
+}
+
+void CPictureStore::lend(CTiledPicture& picture, const SourceRows& rows) {
+    std::fill(picture.m_tiles.begin(), picture.m_tiles.end(), CTiledPicture::unmade);
+    picture.m_lent = rows;
+    picture.m_content = CTiledPicture::Content::lent;
 }
 
 PictureShare CPictureStore::fromYv12(int width, int height, const std::array<CShare<RawRows>, 3>& planes) {
@@ -191,73 +209,65 @@ void CPictureStore::bindMemory(CTiledPicture& picture) {
     m_spare.pop_back();
 }
 
-void CPictureStore::wantRun(CTiledPicture& picture, std::uint32_t first, std::uint32_t end) {
+void CPictureStore::makeTiles(CTiledPicture& picture, std::span<const std::uint64_t> tiles) noexcept {
+    if (picture.isStored())
+        return;
     const auto columns = static_cast<std::uint32_t>(tileColumns(picture.m_width));
-    const int left = static_cast<int>(first % columns) * tileWidth;
-    const int top = static_cast<int>(first / columns) * tileHeight;
-    m_runs.push_back({&picture,
-                      {left, top, std::min(left + static_cast<int>(end - first) * tileWidth, picture.m_width),
-                       std::min(top + tileHeight, picture.m_height)}});
-    for (std::uint32_t tile = first; tile < end; ++tile)
-        picture.m_tiles[tile] = CTiledPicture::scheduled;
+    const auto isWanted = [&](std::uint32_t tile) { return (tiles[tile / 64] >> tile % 64 & 1) != 0; };
+    const auto forEachWanted = [&](auto visit) {
+        for (std::size_t word = 0; word < tiles.size(); ++word) {
+            for (std::uint64_t bits = tiles[word]; bits != 0; bits &= bits - 1)
+                visit(static_cast<std::uint32_t>(word * 64 + static_cast<unsigned>(std::countr_zero(bits))));
+        }
+    };
+    bool isSomeElsewhere = false;
+    forEachWanted([&](std::uint32_t first) {
+        if (picture.isMade(first))
+            return;
+        if (!picture.claim(first)) {
+            isSomeElsewhere = true;
+            return;
+        }
+        // Neighbours in a row of tiles are made in one go.
+        std::uint32_t end = first + 1;
+        while (end % columns != 0 && isWanted(end) && picture.claim(end))
+            ++end;
+        picture.makeRun(first, end);
+    });
+    if (!isSomeElsewhere)
+        return;
+    // Whoever claimed one is at work on it and waits for nobody.
+    forEachWanted([&](std::uint32_t tile) {
+        while (!picture.isMade(tile))
+            std::this_thread::yield();
+    });
 }
 
-void CPictureStore::want(CTiledPicture& picture, std::span<const std::uint32_t> tiles) {
+void CPictureStore::makeAll(CTiledPicture& picture, CThreadPool& pool) {
     if (picture.isStored())
         return;
     bindMemory(picture);
-    // Nothing may fail once tiles are marked.
-    if (m_runs.capacity() - m_runs.size() < tiles.size())
-        m_runs.reserve(2 * m_runs.capacity() + tiles.size());
     const auto columns = static_cast<std::uint32_t>(tileColumns(picture.m_width));
-    // Neighbours in a row of tiles are made in one go, up to a length that still splits well over threads.
-    constexpr std::uint32_t longest = 8;
-    for (std::size_t i = 0; i < tiles.size();) {
-        if (picture.m_tiles[tiles[i]] != CTiledPicture::unmade) {
-            ++i;
-            continue;
+    pool.run(tileRows(picture.m_height), [&](int row) noexcept {
+        const std::uint32_t begin = static_cast<std::uint32_t>(row) * columns;
+        const std::uint32_t rowEnd = begin + columns;
+        // The queue's passes are done: nobody else is at work on this picture.
+        for (std::uint32_t first = begin; first < rowEnd; ++first) {
+            std::uint32_t end = first;
+            while (end < rowEnd && picture.claim(end))
+                ++end;
+            if (end != first) {
+                picture.makeRun(first, end);
+                first = end;
+            }
         }
-        const std::uint32_t first = tiles[i];
-        std::uint32_t end = first + 1;
-        for (++i; i < tiles.size() && tiles[i] == end && end % columns != 0 && end - first < longest &&
-                  picture.m_tiles[end] == CTiledPicture::unmade;
-             ++i) {
-            ++end;
-        }
-        wantRun(picture, first, end);
-    }
-}
-
-void CPictureStore::wantAll(CTiledPicture& picture) {
-    if (picture.isStored())
-        return;
-    const int count = tileColumns(picture.m_width) * tileRows(picture.m_height);
-    want(picture, std::span(m_allTiles).first(static_cast<std::size_t>(count)));
-}
-
-void CPictureStore::makeWanted(CThreadPool& pool) {
-    // States change only before and after, so that every thread sees the same ones.
-    pool.run(static_cast<int>(m_runs.size()), [this](int i) noexcept {
-        const Run& run = m_runs[static_cast<std::size_t>(i)];
-        run.picture->produce(run.area, run.picture->m_memory.data(), run.picture->m_pitch);
     });
-    for (const Run& run : m_runs) {
-        const int columns = tileColumns(run.picture->m_width);
-        for (int x = run.area.left; x < run.area.right; x += tileWidth) {
-            run.picture
-                ->m_tiles[static_cast<std::size_t>(run.area.top / tileHeight * columns + x / tileWidth)] =
-                CTiledPicture::made;
-            ++m_tilesMade;
-        }
-    }
-    m_runs.clear();
 }
 
 void CPictureStore::makeStored(CTiledPicture& picture, CThreadPool& pool) {
     if (picture.isStored())
         return;
-    wantAll(picture);
-    makeWanted(pool);
+    makeAll(picture, pool);
     picture.m_content = CTiledPicture::Content::stored;
     picture.forgetSources();
 }

@@ -8,6 +8,7 @@
 #include "render/software/ThreadPool.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -24,6 +25,11 @@ constexpr int tileColumns(int width) {
 }
 constexpr int tileRows(int height) {
     return (height + tileHeight - 1) / tileHeight;
+}
+
+/// How many words hold a bit for each of so many tiles.
+constexpr std::size_t tileWords(std::size_t tiles) {
+    return (tiles + 63) / 64;
 }
 
 /// Pixels in memory. One pixel to the right and below can be read as well, whatever it holds.
@@ -45,8 +51,10 @@ public:
     int width() const { return m_width; }
     int height() const { return m_height; }
     bool isStored() const { return m_content == Content::stored; }
-    /// Whether a tile has its pixels in memory, so that everybody may read them.
-    bool isMade(std::uint32_t tile) const { return m_content == Content::stored || m_tiles[tile] == made; }
+    /// Whether a tile has its pixels in memory, so that everybody may read them. Any thread.
+    bool isMade(std::uint32_t tile) const {
+        return m_content == Content::stored || state(tile).load(std::memory_order_acquire) == made;
+    }
     /// Whether unmade tiles would be made from these rows.
     bool looksAt(const RawRows& rows) const;
 
@@ -60,14 +68,22 @@ public:
 
 private:
     friend class CPictureStore;
-    enum class Content { stored, colour, yv12, yuy2, masked };
+    enum class Content { stored, colour, lent, yv12, yuy2, masked };
     static constexpr std::uint8_t unmade = 0;
-    static constexpr std::uint8_t scheduled = 1;
+    static constexpr std::uint8_t inTheMaking = 1;
     static constexpr std::uint8_t made = 2;
 
+    std::atomic_ref<std::uint8_t> state(std::uint32_t tile) const { return std::atomic_ref(m_tiles[tile]); }
+    /// True for the one thread that is to make the tile.
+    bool claim(std::uint32_t tile) const {
+        std::uint8_t expected = unmade;
+        return state(tile).compare_exchange_strong(expected, inTheMaking, std::memory_order_acquire);
+    }
+    /// Tiles `first` … `end` − 1, which lie in one row and were claimed.
+    void makeRun(std::uint32_t first, std::uint32_t end) noexcept;
+    PixelArea areaOf(std::uint32_t first, std::uint32_t end) const;
     void produce(PixelArea area, std::uint8_t* target, std::ptrdiff_t pitch) const noexcept;
     void produceMasked(PixelArea area, std::uint8_t* target, std::ptrdiff_t pitch) const noexcept;
-    bool isAreaMade(const PixelArea& area) const;
     void forgetSources();
 
     CPictureStore* m_store = nullptr;
@@ -76,8 +92,9 @@ private:
     int m_height = 0;
     std::ptrdiff_t m_pitch = 0;
     CAlignedBytes m_memory;
-    std::vector<std::uint8_t> m_tiles;
+    mutable std::vector<std::uint8_t> m_tiles;
     Bgra m_colour;
+    SourceRows m_lent;
     std::array<CShare<RawRows>, 3> m_rows;
     CShare<CTiledPicture> m_source;
     PixelArea m_mask;
@@ -97,6 +114,9 @@ public:
 
     /// Each may throw std::bad_alloc where there was never need of so many pictures at once before.
     PictureShare filled(int width, int height, Bgra colour);
+    /// Makes a stored picture, which nobody else shares, show BGRA rows, all of it, that stay where they are
+    /// until makeStored(), which then needs no memory.
+    void lend(CTiledPicture& picture, const SourceRows& rows);
     PictureShare fromYv12(int width, int height, const std::array<CShare<RawRows>, 3>& planes);
     PictureShare fromYuy2(int width, int height, const CShare<RawRows>& packed);
     /// The source with the area black, which is opaque.
@@ -104,38 +124,32 @@ public:
     /// Of undefined contents, for somebody who is about to write all of it.
     PictureShare stored(int width, int height);
 
-    /// Notes which of the tiles have to be made; several calls may come before one of makeWanted(), which has
-    /// to come while the pictures are held. `tiles` ascend. Throws std::bad_alloc and then notes nothing.
-    void want(CTiledPicture& picture, std::span<const std::uint32_t> tiles);
-    void wantAll(CTiledPicture& picture);
-    void makeWanted(CThreadPool& pool);
-    /// Has everything made; afterwards the picture depends on nothing.
+    /// Gives the picture its memory, without which no tile can be made. Throws std::bad_alloc.
+    void bindMemory(CTiledPicture& picture);
+    /// Makes those of these tiles, bits of a picture with memory, that are not made yet. Several threads may
+    /// do so for the same picture at once: a tile is made by the first that comes, and the others wait.
+    void makeTiles(CTiledPicture& picture, std::span<const std::uint64_t> tiles) noexcept;
+    /// Throws std::bad_alloc.
+    void makeAll(CTiledPicture& picture, CThreadPool& pool);
+    /// The same; afterwards the picture depends on nothing.
     void makeStored(CTiledPicture& picture, CThreadPool& pool);
 
     /// Bytes from one row to the next of pictures as large as the store is for.
     std::ptrdiff_t pitch() const { return m_pitch; }
-    std::uint64_t tilesMade() const { return m_tilesMade; }
+    std::uint64_t tilesMade() const { return m_tilesMade.load(std::memory_order_relaxed); }
 
 private:
     friend class CTiledPicture;
-    struct Run {
-        CTiledPicture* picture;
-        PixelArea area;
-    };
 
     CTiledPicture& unusedPicture();
     PictureShare make(CTiledPicture::Content content, int width, int height);
-    void bindMemory(CTiledPicture& picture);
-    void wantRun(CTiledPicture& picture, std::uint32_t first, std::uint32_t end);
 
     const MemorySource& m_memory;
     std::size_t m_blockBytes;
     std::ptrdiff_t m_pitch;
     std::size_t m_tileCount;
     std::vector<CAlignedBytes> m_spare;
-    std::vector<Run> m_runs;
-    std::vector<std::uint32_t> m_allTiles;
-    std::uint64_t m_tilesMade = 0;
+    std::atomic<std::uint64_t> m_tilesMade{0};
     /// Last, so that its members' ends still find the spare blocks.
     std::vector<std::unique_ptr<CTiledPicture>> m_pictures;
 };

@@ -1,19 +1,17 @@
 #include "render/software/kernels/RowKernels.h"
 
-#include "render/software/kernels/ExcludeRegion.h"
-#include "render/software/kernels/PlainCopy.h"
-#include "render/software/kernels/Projections.h"
-#include "render/software/kernels/Sampling.h"
+#include <array>
 
 namespace tarvo::render::software {
 
+const RowKernels& rowKernels(InstructionSet set) {
+    static constexpr std::array<const RowKernels*, instructionSetCount> table{&plainRows, &sse41Rows,
+                                                                              &avx2Rows, &avx512Rows};
+    return *table[static_cast<std::size_t>(set)];
+}
+
 const RowKernels& rowKernels() {
-    static constexpr RowKernels reference{
-        plain::singleView,   plain::panoramaWall, plain::panoramaCeiling,
-        plain::panoramaDesk, plain::plainCopy,    plain::excludeRegion,
-        plain::pack,         plain::sample,
-    };
-    return reference;
+    return rowKernels(detectInstructionSet());
 }
 
 } // namespace tarvo::render::software

@@ -1,10 +1,21 @@
 #pragma once
 
 // Declarations and plain records only: also for files that are compiled for one instruction set.
+#include "render/simd/InstructionSet.h"
+
 #include <cstddef>
 #include <cstdint>
 
 namespace tarvo::render::software {
+
+/// A vertex value along a row of the target.
+struct LinearRow {
+    double atLeftEdge; ///< at column 0, its left edge
+    double perColumn;
+};
+
+/// The values at the centres of `count` pixels from column `first` on.
+using InterpolationKernel = void (*)(const LinearRow& row, int first, int count, float* values);
 
 /// Where a stretch of pixels of one row looks, as the rasteriser hands it out.
 struct PlaceRow {
@@ -25,6 +36,18 @@ struct PositionRow {
 /// A program that samples one picture once: from places to positions. `constants` is its record.
 using PositionKernel = void (*)(const void* constants, const PlaceRow& places, const PositionRow& positions);
 
+/// Positions are packed in groups of this many, the last one perhaps of fewer.
+inline constexpr int groupLength = 16;
+
+/// The first of the four pixels around each position of a group lie in columns left … right and rows top …
+/// bottom; nothing does when left is beyond right.
+struct GroupBox {
+    std::int32_t left;
+    std::int32_t top;
+    std::int32_t right;
+    std::int32_t bottom;
+};
+
 /// Positions in the form that sampling wants, for pictures of this size and pitch. Pixel i has its centre at
 /// i + 0.5; beyond the outermost centres the edge pixel goes on.
 struct PackRow {
@@ -35,13 +58,21 @@ struct PackRow {
     int height;
     std::int32_t pitch;
     std::int32_t* offsets;    ///< bytes to the upper left of the four pixels around; −1: nothing
-    std::uint16_t* fractions; ///< 1/256 to the right in the low byte, 1/256 downward in the high byte
+    std::uint16_t* fractions; ///< 1/255 to the right in the low byte, 1/255 downward in the high byte
+    GroupBox* boxes;          ///< of every group
 };
 using PackKernel = void (*)(const PackRow& row);
 
-/// The mix of the four pixels around each position: the sum of the four bytes times their weights, 65,536 in
-/// all, plus one half, shifted right by 16. Where the fractions are exact it is the nearest level; positions
-/// were rounded to 1/256 pixel, so that it is at most one level from the mix at the position itself.
+/// The mix of the four pixels around each position, in whole numbers: with shares a of the right and b of the
+/// lower pixels in 255ths,
+///
+///     above = (255 − a)·upper left + a·upper right       below likewise
+///     mix   = ⌊above·(65535 − 257b) / 65536⌋ + ⌊below·257b / 65536⌋
+///     level = ⌊(mix + 127)·257 / 65536⌋
+///
+/// which is exact where all four are equal or a and b are 0 or 255, and otherwise the nearest level but for
+/// 1/100; positions were rounded to 1/255 pixel, so that it is at most one level from the mix at the position
+/// itself.
 struct SampleRow {
     const std::uint8_t* pixels;
     std::ptrdiff_t pitch;
@@ -53,8 +84,10 @@ struct SampleRow {
 };
 using SampleKernel = void (*)(const SampleRow& row);
 
-/// One entry for each program that samples a picture, and what they share.
+/// One entry for each program that samples a picture, and what they share. Every instruction set gives the
+/// same bits.
 struct RowKernels {
+    InterpolationKernel interpolate;
     PositionKernel singleView;
     PositionKernel panoramaWall;
     PositionKernel panoramaCeiling;
@@ -65,7 +98,15 @@ struct RowKernels {
     SampleKernel sample;
 };
 
+/// The kernels of one level; to be used only where detectInstructionSet() is at least that.
+const RowKernels& rowKernels(InstructionSet set);
+
 /// The kernels for this processor.
 const RowKernels& rowKernels();
+
+extern const RowKernels plainRows;
+extern const RowKernels sse41Rows;
+extern const RowKernels avx2Rows;
+extern const RowKernels avx512Rows;
 
 } // namespace tarvo::render::software

@@ -239,5 +239,50 @@ TEST_F(OutputDeliveryTest, theObserverSeesThePictureWhateverBecomesOfTheOutput) 
     }
 }
 
+/// The same picture, handed over in bands of `rows` rows before it is shown, the last band first.
+void inBands(COutputDelivery& delivery, const MappedRows& picture, int rows) {
+    const int bands = (picture.height + rows - 1) / rows;
+    for (int band = bands - 1; band >= 0; --band) {
+        delivery.rowsFinished(picture, band * rows, std::min((band + 1) * rows, picture.height));
+    }
+}
+
+TEST_F(OutputDeliveryTest, rowsHandedOverAsTheyAreFinishedMakeTheSameFrame) {
+    for (const auto& [pixels, isBottomUp] :
+         {std::pair{PixelFormat::rgb32, false}, {PixelFormat::rgb32, true}, {PixelFormat::yv12, false}}) {
+        for (const auto& [width, height] : {std::pair{34, 50}, {35, 33}, {2, 2}}) {
+            const bool isYv12 = pixels == PixelFormat::yv12;
+            const auto stride = static_cast<std::uint32_t>(isYv12 ? width / 2 * 2 + 6 : width * 4 + 12);
+            const OutputFormat format{pixels, width, height, stride, isBottomUp};
+            const std::size_t length =
+                static_cast<std::size_t>(stride) * static_cast<std::size_t>(height) * 2;
+            const std::vector<std::byte> expected = deliver(format, length, 64);
+            ASSERT_EQ(result, S_OK);
+            std::vector<std::byte> actual(length, guard);
+            COutputDelivery delivery(format, actual, observer, objectLog);
+            const MappedRows rows{picture.data(), static_cast<std::size_t>(width) * 4 + 64, width, height};
+            inBands(delivery, rows, 16);
+            EXPECT_EQ(actual, expected);
+            // Nothing is left to do then: what happens to the frame in between stays.
+            std::fill(actual.begin(), actual.end(), guard);
+            EXPECT_EQ(delivery.visit(rows), S_OK);
+            EXPECT_TRUE(isUntouched(actual));
+        }
+    }
+}
+
+TEST_F(OutputDeliveryTest, rowsOfAFrameThatCannotBeDeliveredStayWhereTheyAre) {
+    picture = countingBytes(16 * 4 * 32);
+    for (const PixelFormat pixels : {PixelFormat::rgb32, PixelFormat::yv12}) {
+        const OutputFormat format{pixels, 16, 32, pixels == PixelFormat::yv12 ? 16U : 64U, false};
+        std::vector<std::byte> tooShort(500, guard);
+        COutputDelivery delivery(format, tooShort, observer, objectLog);
+        const MappedRows rows{picture.data(), 64, 16, 32};
+        inBands(delivery, rows, 16);
+        EXPECT_EQ(delivery.visit(rows), E_FAIL);
+        EXPECT_TRUE(isUntouched(tooShort));
+    }
+}
+
 } // namespace
 } // namespace tarvo::render

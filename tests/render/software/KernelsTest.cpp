@@ -204,7 +204,8 @@ TEST(SoftwareKernels, ProjectionsSurviveAnyRecord) {
             (rowKernels().*projection.kernel)(&c, {u, v, 2}, {x, y, 100.0F, 50.0F});
             std::int32_t offsets[2];
             std::uint16_t fractions[2];
-            rowKernels().pack({x, y, 2, 100, 50, 448, offsets, fractions});
+            GroupBox box;
+            rowKernels().pack({x, y, 2, 100, 50, 448, offsets, fractions, &box});
             for (const std::int32_t offset : offsets) {
                 ASSERT_GE(offset, -1);
                 ASSERT_LE(offset, 49 * 448 + 99 * 4);
@@ -263,8 +264,10 @@ std::vector<Bgra> sampled(const Picture& picture, const std::vector<float>& x, c
     std::vector<std::int32_t> offsets(x.size());
     std::vector<std::uint16_t> fractions(x.size());
     std::vector<Bgra> pixels(x.size());
+    std::vector<GroupBox> boxes(x.size() / groupLength + 1);
     rowKernels().pack({x.data(), y.data(), count, picture.width, picture.height,
-                       static_cast<std::int32_t>(padded.pitch), offsets.data(), fractions.data()});
+                       static_cast<std::int32_t>(padded.pitch), offsets.data(), fractions.data(),
+                       boxes.data()});
     rowKernels().sample({padded.bytes.data(), padded.pitch, offsets.data(), fractions.data(), count,
                          0x04030201U, &pixels.data()->blue});
     return pixels;

@@ -63,7 +63,7 @@ TEST_F(LazyWork, ASmallWindowConvertsLittle) {
     convertYv12(device);
     // The field of view's tangent is 0.05: no more than 0.1 · 640 / (2 / 3.14) pixels, a hundred, each way.
     ASSERT_EQ(drawView(singleViewConstants(width, height, 0.0F, 0.0F, 0.05F), 0), S_OK);
-    device.flush();
+    outputOf(device);
     EXPECT_GT(device.counters().tilesMade, 0U);
     EXPECT_LE(device.counters().tilesMade, 3U * 8U);
 }
@@ -161,7 +161,7 @@ TEST_F(LazyWork, MaskedTilesAreMadeOnceWhoeverLooks) {
     device.copy(Surface::conversionTarget, Surface::maskedInput);
     ASSERT_EQ(drawCopy(Surface::maskedInput), S_OK);
     ASSERT_EQ(drawCopy(Surface::conversionTarget), S_OK);
-    device.flush();
+    outputOf(device);
     // 64 × 48 points over 640 × 480 pixels: every tile is looked at, on the masked picture alone.
     EXPECT_EQ(device.counters().tilesMade, 300U);
 }

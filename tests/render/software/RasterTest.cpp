@@ -25,14 +25,14 @@ struct Target {
 
 std::vector<Fragment> fragmentsOf(const CRaster& raster) {
     std::vector<Fragment> fragments;
-    for (int y = raster.top(); y < raster.bottom(); ++y) {
-        forEachPiece(raster, y, [&](const Span& span, int x, int count) {
+    for (int band = 0; band < bandCount(raster.bottom()); ++band) {
+        raster.forEachPiece(band, [&](const Span& span, int y, int x, int count) {
             float u[pieceLength];
             float v[pieceLength];
             float colour[pieceLength];
-            interpolate(raster.values(span).u, x, y, count, u);
-            interpolate(raster.values(span).v, x, y, count, v);
-            interpolate(raster.values(span).colour, x, y, count, colour);
+            rowKernels().interpolate(alongRow(raster.values(span).u, y), x, count, u);
+            rowKernels().interpolate(alongRow(raster.values(span).v, y), x, count, v);
+            rowKernels().interpolate(alongRow(raster.values(span).colour, y), x, count, colour);
             for (int i = 0; i < count; ++i)
                 fragments.push_back({x + i, y, colour[i], u[i], v[i]});
         });

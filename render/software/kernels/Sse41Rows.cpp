@@ -1,0 +1,61 @@
+// Compiled for SSSE3 and SSE4.1.
+#include "render/software/kernels/PositionRows.h"
+
+#include <smmintrin.h>
+
+namespace tarvo::render::software {
+namespace {
+
+/// Two neighbouring pixels from each of two places.
+[[gnu::always_inline]] inline __m128i pixelPairs(const std::uint8_t* pixels, const std::int32_t* offsets) {
+    const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(pixels + offsets[0]));
+    return _mm_castpd_si128(
+        _mm_loadh_pd(_mm_castsi128_pd(first), reinterpret_cast<const double*>(pixels + offsets[1])));
+}
+
+/// The mix of each channel over a pair, 255-fold: 0 … 65025.
+[[gnu::always_inline]] inline __m128i mixAcross(__m128i pairs, __m128i shares) {
+    const __m128i byChannel = _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15);
+    // The multiplication wants one factor with a sign: pixels less 128, which the shares make 32640.
+    const __m128i centred =
+        _mm_xor_si128(_mm_shuffle_epi8(pairs, byChannel), _mm_set1_epi8(static_cast<char>(0x80)));
+    return _mm_add_epi16(_mm_maddubs_epi16(shares, centred), _mm_set1_epi16(32640));
+}
+
+/// Two pixels, a channel in 16 bits.
+[[gnu::always_inline]] inline __m128i sampleTwo(const SampleRow& row, int i) {
+    std::int32_t both = 0;
+    __builtin_memcpy(&both, row.fractions + i, sizeof(both));
+    const __m128i fractions = _mm_cvtsi32_si128(both);
+    const __m128i right =
+        _mm_shuffle_epi8(fractions, _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 2, 2, 2, 2, 2, 2, 2, 2));
+    const __m128i down =
+        _mm_shuffle_epi8(fractions, _mm_setr_epi8(1, 1, 1, 1, 1, 1, 1, 1, 3, 3, 3, 3, 3, 3, 3, 3));
+    const __m128i shares = _mm_xor_si128(right, _mm_set1_epi16(0x00FF));
+    const __m128i above = mixAcross(pixelPairs(row.pixels, row.offsets + i), shares);
+    const __m128i below = mixAcross(pixelPairs(row.pixels + row.pitch, row.offsets + i), shares);
+    const __m128i up = _mm_xor_si128(down, _mm_set1_epi16(-1));
+    const __m128i mix = _mm_add_epi16(_mm_mulhi_epu16(above, up), _mm_mulhi_epu16(below, down));
+    return _mm_mulhi_epu16(_mm_add_epi16(mix, _mm_set1_epi16(127)), _mm_set1_epi16(257));
+}
+
+void sample(const SampleRow& row) {
+    constexpr int block = 4;
+    int i = 0;
+    for (; i + block <= row.count; i += block) {
+        const __m128i offsets = _mm_loadu_si128(reinterpret_cast<const __m128i_u*>(row.offsets + i));
+        if (_mm_movemask_epi8(_mm_srai_epi32(offsets, 31)) != 0) {
+            samplePlainly(row, i, i + block);
+            continue;
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i_u*>(row.target + static_cast<std::ptrdiff_t>(i) * 4),
+                         _mm_packus_epi16(sampleTwo(row, i), sampleTwo(row, i + 2)));
+    }
+    samplePlainly(row, i, row.count);
+}
+
+} // namespace
+
+constinit const RowKernels sse41Rows = rowsWith(sample);
+
+} // namespace tarvo::render::software
