@@ -56,29 +56,68 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
     if (state != Band::unknown)
         return;
     const auto tiles = std::span(m_tiles).subspan(static_cast<std::size_t>(band) * m_tileWords, m_tileWords);
+    const int firstRow = std::max(m_raster.top(), band * bandHeight);
+    const int endRow = std::min(m_raster.bottom(), (band + 1) * bandHeight);
+    // In a view that is only a few knots wide, neighbours may be turns apart and still look smooth.
+    const bool hasKnots =
+        m_positionKey.isProjection && m_raster.isRectangle() && firstRow < endRow &&
+        m_raster.row(firstRow).front().right - m_raster.row(firstRow).front().left >= pieceLength;
+    Knots knots;
+    alignas(alignment) float positionX[pieceLength];
+    alignas(alignment) float positionY[pieceLength];
     bool isStraight = true;
     m_raster.forEachPiece(band, [&](const Span& span, int y, int x, int count) {
-        isStraight = evaluatePiece(span, y, x, count, kernels, tiles) && isStraight;
+        if (hasKnots && y == firstRow)
+            projectKnots(span, firstRow, endRow, x, kernels, knots);
+        const int row = (y - firstRow) * groupLength;
+        if (!hasKnots || !kernels.spread(knots.x + row, knots.y + row, count, positionX, positionY))
+            project(span, y, x, count, kernels, positionX, positionY);
+        isStraight = packPiece(span, y, x, count, kernels, positionX, positionY, tiles) && isStraight;
     });
     state = isStraight ? Band::straight : Band::anyhow;
 }
 
-bool CDrawnRange::evaluatePiece(const Span& span, int y, int x, int count, const RowKernels& kernels,
-                                std::span<std::uint64_t> tiles) noexcept {
+void CDrawnRange::projectKnots(const Span& span, int firstRow, int endRow, int x, const RowKernels& kernels,
+                               Knots& knots) const noexcept {
     const SampledWindow& window = m_positionKey.window;
+    const VertexValues& values = m_raster.values(span);
+    alignas(alignment) float u[bandHeight * groupLength];
+    alignas(alignment) float v[bandHeight * groupLength];
+    // The centres of every knotDistance-th pixel, counted from the knot before the piece.
+    const auto atKnots = [x](const LinearRow& row) -> LinearRow {
+        const double step = row.perColumn * knotDistance;
+        return {row.atLeftEdge + row.perColumn * (x - knotDistance + 0.5) - 0.5 * step, step};
+    };
+    for (int y = firstRow; y < endRow; ++y) {
+        const int row = (y - firstRow) * groupLength;
+        kernels.interpolate(atKnots(alongRow(values.u, y)), 0, groupLength, u + row);
+        kernels.interpolate(atKnots(alongRow(values.v, y)), 0, groupLength, v + row);
+    }
+    m_positionKey.kernel(
+        m_positionKey.record.bytes.data(), {u, v, (endRow - firstRow) * groupLength},
+        {knots.x, knots.y, static_cast<float>(window.width), static_cast<float>(window.height)});
+}
+
+void CDrawnRange::project(const Span& span, int y, int x, int count, const RowKernels& kernels,
+                          float* positionX, float* positionY) const noexcept {
+    const SampledWindow& window = m_positionKey.window;
+    const VertexValues& values = m_raster.values(span);
     alignas(alignment) float u[pieceLength];
     alignas(alignment) float v[pieceLength];
-    alignas(alignment) float positionX[pieceLength];
-    alignas(alignment) float positionY[pieceLength];
-    GroupBox boxes[pieceLength / groupLength];
-    const VertexValues& values = m_raster.values(span);
     kernels.interpolate(alongRow(values.u, y), x, count, u);
     kernels.interpolate(alongRow(values.v, y), x, count, v);
     m_positionKey.kernel(
         m_positionKey.record.bytes.data(), {u, v, count},
         {positionX, positionY, static_cast<float>(window.width), static_cast<float>(window.height)});
+}
+
+bool CDrawnRange::packPiece(const Span& span, int y, int x, int count, const RowKernels& kernels,
+                            const float* positionX, const float* positionY,
+                            std::span<std::uint64_t> tiles) noexcept {
+    const SampledWindow& window = m_positionKey.window;
+    GroupBox boxes[pieceLength / groupLength];
     const std::ptrdiff_t slot = m_raster.slotOf(span, y, x);
-    kernels.pack({positionX, positionY, count, window.width, window.height,
+    kernels.pack({positionX, positionY, count, window.width, window.height, m_positionKey.isBounded,
                   static_cast<std::int32_t>(window.pitch), elements<std::int32_t>(m_offsets) + slot,
                   elements<std::uint16_t>(m_fractions) + slot, boxes});
     touch(boxes, slot, count, tiles);

@@ -51,6 +51,8 @@ struct RasterKey {
 /// And where these pixels look.
 struct PositionKey {
     PositionKernel kernel = nullptr; ///< null: the program does not sample by positions
+    bool isProjection = false;       ///< runs smoothly but for a few places
+    bool isBounded = false;          ///< looks at nothing outside the picture
     RecordBytes record{};
     SampledWindow window{};
 
@@ -87,8 +89,18 @@ private:
 
     void forgetPositions(const PositionKey& positions, int targetHeight, const MemorySource& memory);
     /// Whether the piece is straight.
-    bool evaluatePiece(const Span& span, int y, int x, int count, const RowKernels& kernels,
-                       std::span<std::uint64_t> tiles) noexcept;
+    bool packPiece(const Span& span, int y, int x, int count, const RowKernels& kernels,
+                   const float* positionX, const float* positionY, std::span<std::uint64_t> tiles) noexcept;
+    /// The positions at the knots of the rows of a band that a piece of a rectangle has.
+    struct Knots {
+        alignas(alignment) float x[bandHeight * groupLength];
+        alignas(alignment) float y[bandHeight * groupLength];
+    };
+    void projectKnots(const Span& span, int firstRow, int endRow, int x, const RowKernels& kernels,
+                      Knots& knots) const noexcept;
+    /// The positions of a piece.
+    void project(const Span& span, int y, int x, int count, const RowKernels& kernels, float* positionX,
+                 float* positionY) const noexcept;
     bool isStraightPiece(std::ptrdiff_t slot, int count) const;
     void touch(const GroupBox* boxes, std::ptrdiff_t slot, int count,
                std::span<std::uint64_t> tiles) const noexcept;

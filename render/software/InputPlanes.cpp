@@ -55,13 +55,33 @@ void copyRows(CThreadPool& pool, const SourceRows& source, std::uint8_t* target,
     });
 }
 
-void RawRows::keep(std::size_t left, std::size_t right, int top, int bottom) noexcept {
-    const std::size_t end = std::min(right, rowBytes);
-    if (left >= end)
+void RawRows::lend(const SourceRows& source) {
+    lender = source;
+    // Rows as far apart as the lender's are copied in one go.
+    const bool fits =
+        source.stepBytes >= static_cast<std::ptrdiff_t>(rowBytes) &&
+        static_cast<std::size_t>(source.stepBytes) * static_cast<std::size_t>(rows) <= bytes.size();
+    pitch = fits ? static_cast<std::size_t>(source.stepBytes) : rowPitch(rowBytes);
+}
+
+void RawRows::keep(int top, int bottom) noexcept {
+    const int end = std::min(bottom, rows);
+    if (top >= end)
         return;
-    for (int y = top; y < std::min(bottom, rows); ++y)
-        std::memcpy(bytes.data() + static_cast<std::size_t>(y) * pitch + left, data() + y * step() + left,
-                    end - left);
+    const auto rowAt = [&](int y) { return bytes.data() + static_cast<std::size_t>(y) * pitch; };
+    if (step() == static_cast<std::ptrdiff_t>(pitch)) {
+        std::memcpy(rowAt(top), data() + top * step(),
+                    static_cast<std::size_t>(end - top - 1) * pitch + rowBytes);
+        return;
+    }
+    for (int y = top; y < end; ++y)
+        std::memcpy(rowAt(y), data() + y * step(), rowBytes);
+}
+
+void RawRows::keepBytes(std::size_t begin, std::size_t end) noexcept {
+    const std::size_t last = std::min(end, rowBytes);
+    if (begin < last)
+        std::memcpy(bytes.data() + begin, data() + begin, last - begin);
 }
 
 bool canBeLent(const SourceRows& source, std::size_t rowBytes, int rows) {

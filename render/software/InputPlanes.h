@@ -34,9 +34,11 @@ struct RawRows : CCounted {
                         : bytes.data();
     }
     std::ptrdiff_t step() const { return isLent() ? lender.stepBytes : static_cast<std::ptrdiff_t>(pitch); }
-    /// Copies the bytes from column `left` up to `right` of the rows from `top` up to `bottom`, as far as
-    /// there are such, from the lender.
-    void keep(std::size_t left, std::size_t right, int top, int bottom) noexcept;
+    void lend(const SourceRows& source);
+    /// Copies the rows from `top` up to `bottom`, as far as there are such, from the lender.
+    void keep(int top, int bottom) noexcept;
+    /// The same of a stretch of bytes of a single row.
+    void keepBytes(std::size_t begin, std::size_t end) noexcept;
 };
 
 /// Whether these rows can stay where they are until they are asked to be kept.

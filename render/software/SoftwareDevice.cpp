@@ -16,19 +16,21 @@ struct ProgramNeeds {
     ConstantSlot slot;
     std::size_t recordSize;
     PositionKernel RowKernels::*kernel; ///< null: it does not sample one picture by positions
+    bool isProjection = false;
+    bool isBounded = false;
 };
 
 ProgramNeeds needsOf(ShaderProgram program) {
     constexpr std::size_t dewarp = sizeof(DewarpConstants);
     switch (program) {
     case ShaderProgram::singleView:
-        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::singleView};
+        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::singleView, true, true};
     case ShaderProgram::panoramaWall:
-        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaWall};
+        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaWall, true, false};
     case ShaderProgram::panoramaCeiling:
-        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaCeiling};
+        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaCeiling, true, true};
     case ShaderProgram::panoramaDesk:
-        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaDesk};
+        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaDesk, true, true};
     case ShaderProgram::customTransform:
         return {true, ConstantSlot::custom, sizeof(CustomTransformConstants), nullptr};
     case ShaderProgram::customVirtualPtz:
@@ -444,8 +446,9 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
     if (std::any_of(planes.begin(), planes.end(), [](const auto& rows) { return rows && !rows->isWhole; }))
         return E_FAIL;
     PositionKey positions;
-    if (PositionKernel RowKernels::*const kernel = needsOf(pass.program).kernel; kernel != nullptr)
-        positions = {rowKernels().*kernel, draw.record, draw.window};
+    if (const ProgramNeeds needs = needsOf(pass.program); needs.kernel != nullptr)
+        positions = {rowKernels().*needs.kernel, needs.isProjection, needs.isBounded, draw.record,
+                     draw.window};
     draw.range = acquire(positions);
     if (!isConversion) {
         frame.queue.add(std::move(draw));

@@ -1,12 +1,13 @@
 #include "render/software/ThreadPool.h"
 
+#include "platform/Processors.h"
+
 #include <algorithm>
 
 namespace tarvo::render::software {
 
 CThreadPool::CThreadPool(int threadCount)
-    : m_threadCount(threadCount > 0 ? threadCount
-                                    : std::max(1, static_cast<int>(std::thread::hardware_concurrency()))) {}
+    : m_threadCount(threadCount > 0 ? threadCount : platform::usableProcessors()) {}
 
 CThreadPool::~CThreadPool() {
     {

@@ -15,7 +15,7 @@ namespace tarvo::render::software {
 /// work that can be split, sleep while there is none and end with the pool.
 class CThreadPool {
 public:
-    /// Counts the caller; 0 stands for as many as the machine runs at once.
+    /// Counts the caller; 0 stands for as many as the process may run at once.
     explicit CThreadPool(int threadCount = 0);
     /// Ends and joins the threads; no work may be under way.
     ~CThreadPool();

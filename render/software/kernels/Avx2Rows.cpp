@@ -64,8 +64,87 @@ void sample(const SampleRow& row) {
     samplePlainly(row, i, row.count);
 }
 
+/// The columns or lines of one direction, and the shares of the next in 255ths.
+struct Direction {
+    __m256i whole;
+    __m256i share;
+
+    Direction(__m256 positions, int size) {
+        const __m256 from = _mm256_sub_ps(positions, _mm256_set1_ps(0.5F));
+        // What is no number becomes the second.
+        const __m256 notBefore = _mm256_max_ps(from, _mm256_setzero_ps());
+        const __m256 inside = _mm256_min_ps(notBefore, _mm256_set1_ps(static_cast<float>(size - 1)));
+        whole = _mm256_cvttps_epi32(inside);
+        const __m256 rest = _mm256_sub_ps(inside, _mm256_cvtepi32_ps(whole));
+        share = _mm256_cvttps_epi32(
+            _mm256_add_ps(_mm256_mul_ps(rest, _mm256_set1_ps(255.0F)), _mm256_set1_ps(0.5F)));
+    }
+};
+
+/// Half a group.
+struct Eight {
+    __m256i isSomewhere; ///< all bits or none
+    __m256i places;      ///< column and line, 16 bits each
+    __m256i fractions;
+};
+
+Eight packEight(const PackRow& row, const Bounds& bounds, int i) {
+    const __m256 x = _mm256_loadu_ps(row.x + i);
+    const __m256 y = _mm256_loadu_ps(row.y + i);
+    const __m256 low = _mm256_set1_ps(bounds.low);
+    const __m256 notBefore =
+        _mm256_and_ps(_mm256_cmp_ps(x, low, _CMP_GE_OQ), _mm256_cmp_ps(y, low, _CMP_GE_OQ));
+    const __m256 notBeyond = _mm256_and_ps(_mm256_cmp_ps(x, _mm256_set1_ps(bounds.highX), _CMP_LE_OQ),
+                                           _mm256_cmp_ps(y, _mm256_set1_ps(bounds.highY), _CMP_LE_OQ));
+    const __m256i isSomewhere = _mm256_castps_si256(_mm256_and_ps(notBefore, notBeyond));
+    const Direction across(x, row.width);
+    const Direction down(y, row.height);
+    const __m256i offsets = _mm256_add_epi32(_mm256_mullo_epi32(down.whole, _mm256_set1_epi32(row.pitch)),
+                                             _mm256_slli_epi32(across.whole, 2));
+    _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.offsets + i),
+                        _mm256_blendv_epi8(_mm256_set1_epi32(-1), offsets, isSomewhere));
+    return {isSomewhere, _mm256_or_si256(across.whole, _mm256_slli_epi32(down.whole, 16)),
+            _mm256_or_si256(across.share, _mm256_slli_epi32(down.share, 8))};
+}
+
+GroupBox boxOf(const Eight& a, const Eight& b) {
+    const __m256i ones = _mm256_set1_epi32(-1);
+    if (_mm256_testz_si256(_mm256_or_si256(a.isSomewhere, b.isSomewhere), ones) != 0)
+        return {noColumn, noColumn, -1, -1};
+    const auto leastOf = [&](const Eight& eight) {
+        return _mm256_or_si256(eight.places, _mm256_xor_si256(eight.isSomewhere, ones));
+    };
+    // The greatest are the least of the complements.
+    const auto mostOf = [&](const Eight& eight) {
+        return _mm256_xor_si256(_mm256_and_si256(eight.places, eight.isSomewhere), ones);
+    };
+    const __m256i low = _mm256_min_epu16(leastOf(a), leastOf(b));
+    const __m256i high = _mm256_min_epu16(mostOf(a), mostOf(b));
+    const __m256i both = _mm256_min_epu16(_mm256_unpacklo_epi64(low, high), _mm256_unpackhi_epi64(low, high));
+    const __m128i four = _mm_min_epu16(_mm256_castsi256_si128(both), _mm256_extracti128_si256(both, 1));
+    const __m128i two = _mm_min_epu16(four, _mm_shuffle_epi32(four, _MM_SHUFFLE(2, 3, 0, 1)));
+    const int first = _mm_cvtsi128_si32(two);
+    const int last = ~_mm_extract_epi32(two, 2);
+    return {first & 0xFFFF, first >> 16 & 0xFFFF, last & 0xFFFF, last >> 16 & 0xFFFF};
+}
+
+void pack(const PackRow& row) {
+    const Bounds bounds(row);
+    int i = 0;
+    for (; i + groupLength <= row.count; i += groupLength) {
+        const Eight a = packEight(row, bounds, i);
+        const Eight b = packEight(row, bounds, i + 8);
+        const __m256i fractions =
+            _mm256_permute4x64_epi64(_mm256_packus_epi32(a.fractions, b.fractions), 0xD8);
+        _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.fractions + i), fractions);
+        row.boxes[i / groupLength] = boxOf(a, b);
+    }
+    if (i < row.count)
+        packGroup(row, i, row.count, row.boxes[i / groupLength]);
+}
+
 } // namespace
 
-constinit const RowKernels avx2Rows = rowsWith(sample);
+constinit const RowKernels avx2Rows = rowsWith(pack, sample);
 
 } // namespace tarvo::render::software

@@ -55,8 +55,73 @@ void sample(const SampleRow& row) {
     samplePlainly(row, i, row.count);
 }
 
+/// The columns or lines of one direction, and the shares of the next in 255ths.
+struct Direction {
+    __m512i whole;
+    __m512i share;
+
+    Direction(__m512 positions, int size) {
+        const __m512 from = _mm512_sub_ps(positions, _mm512_set1_ps(0.5F));
+        // What is no number becomes the second.
+        const __m512 notBefore = _mm512_max_ps(from, _mm512_setzero_ps());
+        const __m512 inside = _mm512_min_ps(notBefore, _mm512_set1_ps(static_cast<float>(size - 1)));
+        whole = _mm512_cvttps_epi32(inside);
+        const __m512 rest = _mm512_sub_ps(inside, _mm512_cvtepi32_ps(whole));
+        share = _mm512_cvttps_epi32(
+            _mm512_add_ps(_mm512_mul_ps(rest, _mm512_set1_ps(255.0F)), _mm512_set1_ps(0.5F)));
+    }
+};
+
+/// The box of columns and lines, 16 bits each, of those places that are somewhere.
+GroupBox boxOf(__m512i places, __mmask16 isSomewhere) {
+    if (isSomewhere == 0)
+        return {noColumn, noColumn, -1, -1};
+    const __m512i ones = _mm512_set1_epi32(-1);
+    const __m512i least = _mm512_mask_mov_epi32(ones, isSomewhere, places);
+    // The greatest are the least of the complements.
+    const __m512i most = _mm512_mask_xor_epi32(ones, isSomewhere, places, ones);
+    const auto halved = [](__m512i v) {
+        return _mm256_min_epu16(_mm512_castsi512_si256(v), _mm512_extracti64x4_epi64(v, 1));
+    };
+    const __m256i low = halved(least);
+    const __m256i high = halved(most);
+    const __m256i both = _mm256_min_epu16(_mm256_unpacklo_epi64(low, high), _mm256_unpackhi_epi64(low, high));
+    const __m128i four = _mm_min_epu16(_mm256_castsi256_si128(both), _mm256_extracti128_si256(both, 1));
+    const __m128i two = _mm_min_epu16(four, _mm_shuffle_epi32(four, _MM_SHUFFLE(2, 3, 0, 1)));
+    const int first = _mm_cvtsi128_si32(two);
+    const int last = ~_mm_extract_epi32(two, 2);
+    return {first & 0xFFFF, first >> 16 & 0xFFFF, last & 0xFFFF, last >> 16 & 0xFFFF};
+}
+
+void pack(const PackRow& row) {
+    const Bounds bounds(row);
+    const __m512 low = _mm512_set1_ps(bounds.low);
+    int i = 0;
+    for (; i + groupLength <= row.count; i += groupLength) {
+        const __m512 x = _mm512_loadu_ps(row.x + i);
+        const __m512 y = _mm512_loadu_ps(row.y + i);
+        __mmask16 isSomewhere = _mm512_cmp_ps_mask(x, low, _CMP_GE_OQ);
+        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, low, _CMP_GE_OQ);
+        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, x, _mm512_set1_ps(bounds.highX), _CMP_LE_OQ);
+        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, _mm512_set1_ps(bounds.highY), _CMP_LE_OQ);
+        const Direction across(x, row.width);
+        const Direction down(y, row.height);
+        const __m512i offsets = _mm512_add_epi32(_mm512_mullo_epi32(down.whole, _mm512_set1_epi32(row.pitch)),
+                                                 _mm512_slli_epi32(across.whole, 2));
+        _mm512_storeu_si512(row.offsets + i,
+                            _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), isSomewhere, offsets));
+        const __m512i fractions = _mm512_or_si512(across.share, _mm512_slli_epi32(down.share, 8));
+        _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.fractions + i),
+                            _mm512_cvtepi32_epi16(fractions));
+        row.boxes[i / groupLength] =
+            boxOf(_mm512_or_si512(across.whole, _mm512_slli_epi32(down.whole, 16)), isSomewhere);
+    }
+    if (i < row.count)
+        packGroup(row, i, row.count, row.boxes[i / groupLength]);
+}
+
 } // namespace
 
-constinit const RowKernels avx512Rows = rowsWith(sample);
+constinit const RowKernels avx512Rows = rowsWith(pack, sample);
 
 } // namespace tarvo::render::software

@@ -9,6 +9,6 @@ void sample(const SampleRow& row) {
 
 } // namespace
 
-constinit const RowKernels plainRows = rowsWith(sample);
+constinit const RowKernels plainRows = rowsWith(packPlainly, sample);
 
 } // namespace tarvo::render::software

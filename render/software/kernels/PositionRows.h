@@ -52,17 +52,6 @@ const DewarpConstants& record(const void* constants) {
     return *static_cast<const DewarpConstants*>(constants);
 }
 
-/// Only where the input has a picture; asks for what is inside, so that what is no number fails.
-[[gnu::always_inline]] inline void storeInside(const Lens& lens, float offsetX, float offsetY, float* x,
-                                               float* y) {
-    const float imageX = lens.centreX + offsetX;
-    const float imageY = lens.centreY + offsetY;
-    const bool isInside =
-        (imageX >= 0.0F) & (imageY >= 0.0F) & (imageX < lens.width) & (imageY < lens.height);
-    *x = isInside ? imageX * lens.scaleX : nowhere;
-    *y = isInside ? imageY * lens.scaleY : nowhere;
-}
-
 struct Turn {
     float sine;
     float cosine;
@@ -157,7 +146,8 @@ void singleView(const void* constants, const PlaceRow& places, const PositionRow
         const float y = rays.y.at(fromCentreX, fromCentreY);
         const float z = rays.z.at(fromCentreX, fromCentreY);
         const float scale = imageScale(lens, x, y, z);
-        storeInside(lens, scale * x, scale * y, targetX + i, targetY + i);
+        targetX[i] = (lens.centreX + scale * x) * lens.scaleX;
+        targetY[i] = (lens.centreY + scale * y) * lens.scaleY;
     }
 }
 
@@ -205,7 +195,8 @@ void panoramaCeiling(const void* constants, const PlaceRow& places, const Positi
         const float start = begin + (isLower ? width : 0.0F);
         const float radius = lens.radius(halfPi - down * height);
         const SineAndCosine lambda = sineAndCosine(start + u[i] * width);
-        storeInside(lens, radius * lambda.cosine, radius * lambda.sine, targetX + i, targetY + i);
+        targetX[i] = (lens.centreX + radius * lambda.cosine) * lens.scaleX;
+        targetY[i] = (lens.centreY + radius * lambda.sine) * lens.scaleY;
     }
 }
 
@@ -225,7 +216,8 @@ void panoramaDesk(const void* constants, const PlaceRow& places, const PositionR
         const float start = begin - (isLower ? width : 0.0F);
         const float radius = lens.radius(halfPi + (down - 1.0F) * height);
         const SineAndCosine lambda = sineAndCosine(start - u[i] * width);
-        storeInside(lens, radius * lambda.cosine, radius * lambda.sine, targetX + i, targetY + i);
+        targetX[i] = (lens.centreX + radius * lambda.cosine) * lens.scaleX;
+        targetY[i] = (lens.centreY + radius * lambda.sine) * lens.scaleY;
     }
 }
 
@@ -257,6 +249,63 @@ void excludeRegion(const void* constants, const PlaceRow& places, const Position
     }
 }
 
+/// Whether third differences say that parabolas come near enough.
+inline bool isSmooth(const float* knots) {
+    // 72 √3 / 2^3 is 15.6, and half of that is on the safe side: 15.6 / 128 / 2.
+    constexpr float most = 0.06F;
+    int rough = 0;
+    for (int i = 0; i + 3 < knotCount; ++i) {
+        const float third = (knots[i + 3] - knots[i]) - 3.0F * (knots[i + 2] - knots[i + 1]);
+        rough += (third > -most) & (third < most) ? 0 : 1;
+    }
+    return rough == 0;
+}
+
+inline void spreadOne(const float* knots, int count, float* __restrict values) {
+    constexpr int stretch = 2 * knotDistance;
+    constexpr float unit = 1.0F / stretch;
+    for (int begin = 0; begin < count; begin += stretch) {
+        const float* const p = knots + 1 + begin / knotDistance;
+        const float first = p[0];
+        const float slope = 4.0F * p[1] - 3.0F * p[0] - p[2];
+        const float bend = 2.0F * (p[0] + p[2]) - 4.0F * p[1];
+        for (int i = 0; i < stretch; ++i) {
+            const float t = static_cast<float>(i) * unit;
+            values[begin + i] = first + t * (slope + t * bend);
+        }
+    }
+}
+
+bool spread(const float* knotsX, const float* knotsY, int count, float* x, float* y) {
+    if (!isSmooth(knotsX) || !isSmooth(knotsY))
+        return false;
+    spreadOne(knotsX, count, x);
+    spreadOne(knotsY, count, y);
+    return true;
+}
+
+/// The least and the greatest position that looks at something; what is no number is neither.
+struct Bounds {
+    float low;
+    float highX;
+    float highY;
+
+    explicit Bounds(const PackRow& row)
+        : low(row.isBounded ? 0.0F : -__builtin_inff()), highX(highest(row.width, row.isBounded)),
+          highY(highest(row.height, row.isBounded)) {}
+
+private:
+    /// The number before a size, which is whole.
+    static float highest(int size, bool isBounded) {
+        if (!isBounded)
+            return __builtin_inff();
+        return __builtin_bit_cast(float, __builtin_bit_cast(std::int32_t, static_cast<float>(size)) - 1);
+    }
+};
+
+/// Beyond every picture.
+constexpr std::int32_t noColumn = 1 << 20;
+
 /// Kept between the outermost centres, from the first one on.
 [[gnu::always_inline]] inline float fromFirstCentre(float position, float last) {
     const float from = position - 0.5F;
@@ -272,9 +321,9 @@ void packGroup(const PackRow& row, int begin, int end, GroupBox& box) {
     const auto lastX = static_cast<float>(row.width - 1);
     const auto lastY = static_cast<float>(row.height - 1);
     const std::int32_t pitch = row.pitch;
-    constexpr std::int32_t none = 1 << 20; // beyond every picture
-    std::int32_t left = none;
-    std::int32_t top = none;
+    const Bounds bounds(row);
+    std::int32_t left = noColumn;
+    std::int32_t top = noColumn;
     std::int32_t right = -1;
     std::int32_t bottom = -1;
     for (int i = begin; i < end; ++i) {
@@ -284,11 +333,12 @@ void packGroup(const PackRow& row, int begin, int end, GroupBox& box) {
         const auto line = static_cast<std::int32_t>(insideY);
         const auto shareX = static_cast<std::int32_t>((insideX - static_cast<float>(column)) * 255.0F + 0.5F);
         const auto shareY = static_cast<std::int32_t>((insideY - static_cast<float>(line)) * 255.0F + 0.5F);
-        const bool isSomewhere = (x[i] == x[i]) & (y[i] == y[i]);
+        const bool isSomewhere =
+            (x[i] >= bounds.low) & (x[i] <= bounds.highX) & (y[i] >= bounds.low) & (y[i] <= bounds.highY);
         offsets[i] = isSomewhere ? line * pitch + column * 4 : -1;
         fractions[i] = static_cast<std::uint16_t>(shareX | shareY << 8);
-        const std::int32_t leastColumn = isSomewhere ? column : none;
-        const std::int32_t leastLine = isSomewhere ? line : none;
+        const std::int32_t leastColumn = isSomewhere ? column : noColumn;
+        const std::int32_t leastLine = isSomewhere ? line : noColumn;
         const std::int32_t mostColumn = isSomewhere ? column : -1;
         const std::int32_t mostLine = isSomewhere ? line : -1;
         left = leastColumn < left ? leastColumn : left;
@@ -299,7 +349,7 @@ void packGroup(const PackRow& row, int begin, int end, GroupBox& box) {
     box = {left, top, right, bottom};
 }
 
-void pack(const PackRow& row) {
+[[maybe_unused]] void packPlainly(const PackRow& row) {
     const int whole = row.count / groupLength * groupLength;
     for (int begin = 0; begin < whole; begin += groupLength)
         packGroup(row, begin, begin + groupLength, row.boxes[begin / groupLength]);
@@ -328,10 +378,10 @@ void samplePlainly(const SampleRow& row, int begin, int end) {
     }
 }
 
-/// The table of an instruction set, which brings its own way of sampling.
-constexpr RowKernels rowsWith(SampleKernel sample) {
-    return {interpolate, singleView,    panoramaWall, panoramaCeiling, panoramaDesk,
-            plainCopy,   excludeRegion, pack,         sample};
+/// The table of an instruction set, which brings its own ways of packing and sampling.
+constexpr RowKernels rowsWith(PackKernel pack, SampleKernel sample) {
+    return {interpolate,   singleView, panoramaWall, panoramaCeiling, panoramaDesk, plainCopy,
+            excludeRegion, spread,     pack,         sample};
 }
 
 } // namespace

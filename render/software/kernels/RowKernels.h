@@ -24,8 +24,9 @@ struct PlaceRow {
     int count;
 };
 
-/// Where it looks in the sampled picture, in pixels of that picture from its upper left corner; what is no
-/// number looks at nothing and shows the program's outside colour. `width` and `height` are the picture's.
+/// Where it looks in the sampled picture, in pixels of that picture from its upper left corner, and beyond
+/// it; what is no number looks at nothing and shows the program's outside colour. `width` and `height` are
+/// the picture's.
 struct PositionRow {
     float* x;
     float* y;
@@ -35,6 +36,17 @@ struct PositionRow {
 
 /// A program that samples one picture once: from places to positions. `constants` is its record.
 using PositionKernel = void (*)(const void* constants, const PlaceRow& places, const PositionRow& positions);
+
+/// Positions at every knotDistance-th pixel, of which those between follow where they are smooth.
+inline constexpr int knotDistance = 16;
+/// From one knot before the first pixel to at least one behind the last of a piece of up to 128 pixels.
+inline constexpr int knotCount = 12;
+
+/// The positions of `count` pixels, rounded up to multiples of 32, from those at knots, of which the second
+/// belongs to the first pixel: the parabola through the three knots around each 32 pixels. False, and nothing
+/// written, where that might be off by 1/128 pixel or more: the error is the third derivative times 32^3 /
+/// (72 √3), and the third differences of the knots tell the derivative.
+using SpreadKernel = bool (*)(const float* knotsX, const float* knotsY, int count, float* x, float* y);
 
 /// Positions are packed in groups of this many, the last one perhaps of fewer.
 inline constexpr int groupLength = 16;
@@ -56,6 +68,7 @@ struct PackRow {
     int count;
     int width;
     int height;
+    bool isBounded; ///< what lies outside the picture looks at nothing
     std::int32_t pitch;
     std::int32_t* offsets;    ///< bytes to the upper left of the four pixels around; −1: nothing
     std::uint16_t* fractions; ///< 1/255 to the right in the low byte, 1/255 downward in the high byte
@@ -94,6 +107,7 @@ struct RowKernels {
     PositionKernel panoramaDesk;
     PositionKernel plainCopy;
     PositionKernel excludeRegion;
+    SpreadKernel spread;
     PackKernel pack;
     SampleKernel sample;
 };

@@ -56,6 +56,6 @@ void sample(const SampleRow& row) {
 
 } // namespace
 
-constinit const RowKernels sse41Rows = rowsWith(sample);
+constinit const RowKernels sse41Rows = rowsWith(packPlainly, sample);
 
 } // namespace tarvo::render::software

@@ -131,6 +131,17 @@ const Projection projections[] = {
     {"desk", &RowKernels::panoramaDesk, panoramaDesk, true},
 };
 
+/// What a bounded program shows there: the picture, or its outside colour.
+bool isSomewhere(float x, float y, const DewarpConstants& c) {
+    std::int32_t offset = 0;
+    std::uint16_t fractions = 0;
+    GroupBox box{};
+    const auto width = static_cast<int>(c.size[0]);
+    rowKernels().pack(
+        {&x, &y, 1, width, static_cast<int>(c.size[1]), true, width * 4, &offset, &fractions, &box});
+    return offset >= 0;
+}
+
 TEST(SoftwareKernels, ProjectionsLieWithinAThirtySecondOfAPixel) {
     constexpr double tolerance = 1.0 / 32.0;
     std::mt19937 random(1);
@@ -159,7 +170,7 @@ TEST(SoftwareKernels, ProjectionsLieWithinAThirtySecondOfAPixel) {
                     const double depth = std::min({p.x, p.y, exact.size[0] - p.x, exact.size[1] - p.y});
                     if (std::abs(depth) < tolerance)
                         continue;
-                    ASSERT_EQ(!std::isnan(x[i]), depth > 0.0) << projection.name;
+                    ASSERT_EQ(isSomewhere(x[i], y[i], c), depth > 0.0) << projection.name;
                     if (depth < 0.0)
                         continue;
                 }
@@ -205,7 +216,7 @@ TEST(SoftwareKernels, ProjectionsSurviveAnyRecord) {
             std::int32_t offsets[2];
             std::uint16_t fractions[2];
             GroupBox box;
-            rowKernels().pack({x, y, 2, 100, 50, 448, offsets, fractions, &box});
+            rowKernels().pack({x, y, 2, 100, 50, projection.isBounded, 448, offsets, fractions, &box});
             for (const std::int32_t offset : offsets) {
                 ASSERT_GE(offset, -1);
                 ASSERT_LE(offset, 49 * 448 + 99 * 4);
@@ -265,7 +276,7 @@ std::vector<Bgra> sampled(const Picture& picture, const std::vector<float>& x, c
     std::vector<std::uint16_t> fractions(x.size());
     std::vector<Bgra> pixels(x.size());
     std::vector<GroupBox> boxes(x.size() / groupLength + 1);
-    rowKernels().pack({x.data(), y.data(), count, picture.width, picture.height,
+    rowKernels().pack({x.data(), y.data(), count, picture.width, picture.height, false,
                        static_cast<std::int32_t>(padded.pitch), offsets.data(), fractions.data(),
                        boxes.data()});
     rowKernels().sample({padded.bytes.data(), padded.pitch, offsets.data(), fractions.data(), count,
@@ -318,6 +329,75 @@ TEST(SoftwareKernels, WhatIsNoNumberShowsTheOutsideColour) {
     EXPECT_EQ(pixels[1], (Bgra{1, 2, 3, 4}));
     EXPECT_EQ(pixels[2], picture.at(3, 0));
     EXPECT_EQ(pixels[3], picture.at(0, 3));
+}
+
+TEST(SoftwareKernels, PositionsOutsideTheirBoundsLookAtNothing) {
+    const float x[] = {0.0F, -0.001F, 3.999F, 4.0F, 2.0F, 2.0F, 2.0F};
+    const float y[] = {0.0F, 1.0F, 1.0F, 1.0F, 2.999F, 3.0F, -0.001F};
+    const bool expected[] = {true, false, true, false, true, false, false};
+    std::int32_t offsets[7];
+    std::uint16_t fractions[7];
+    GroupBox box{};
+    rowKernels().pack({x, y, 7, 4, 3, true, 64, offsets, fractions, &box});
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(offsets[i] >= 0, expected[i]) << i;
+    rowKernels().pack({x, y, 7, 4, 3, false, 64, offsets, fractions, &box});
+    for (const std::int32_t offset : offsets)
+        EXPECT_GE(offset, 0);
+}
+
+TEST(SoftwareKernels, ParabolasComeNearEnoughOrAreRefused) {
+    // Arcs, from nearly straight to far too round: what is taken is right to 1/128 pixel everywhere.
+    int taken = 0;
+    int refused = 0;
+    std::mt19937 random(23);
+    for (int round = 0; round < 2000; ++round) {
+        const double radius = std::exp(std::uniform_real_distribution<double>(0.0, 9.0)(random));
+        const double rate = std::exp(std::uniform_real_distribution<double>(-9.0, 0.0)(random));
+        const double phase = std::uniform_real_distribution<double>(-3.0, 3.0)(random);
+        const auto at = [&](double pixel) {
+            return std::pair{radius * std::cos(phase + rate * pixel),
+                             radius * std::sin(phase + rate * pixel)};
+        };
+        float knotsX[groupLength]{};
+        float knotsY[groupLength]{};
+        for (int i = 0; i < knotCount; ++i) {
+            const auto [knotX, knotY] = at((i - 1) * knotDistance);
+            knotsX[i] = static_cast<float>(knotX);
+            knotsY[i] = static_cast<float>(knotY);
+        }
+        float x[128];
+        float y[128];
+        if (!rowKernels().spread(knotsX, knotsY, 128, x, y)) {
+            ++refused;
+            continue;
+        }
+        ++taken;
+        // A turn within a few knots looks like none at all: nobody asks for such.
+        if (rate * 3 * knotDistance > std::numbers::pi)
+            continue;
+        for (int i = 0; i < 128; ++i) {
+            const auto [exactX, exactY] = at(i);
+            ASSERT_NEAR(static_cast<double>(x[i]), exactX, 1.0 / 128.0) << radius << " " << rate << " " << i;
+            ASSERT_NEAR(static_cast<double>(y[i]), exactY, 1.0 / 128.0) << radius << " " << rate << " " << i;
+        }
+    }
+    EXPECT_GT(taken, 500);
+    EXPECT_GT(refused, 500);
+}
+
+TEST(SoftwareKernels, KnotsThatAreNoNumbersAreRefused) {
+    for (const float bad :
+         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
+        for (int i = 0; i < knotCount; ++i) {
+            float knotsX[groupLength]{};
+            float knotsY[groupLength]{};
+            (i % 2 == 0 ? knotsX : knotsY)[i] = bad;
+            float x[128];
+            float y[128];
+            EXPECT_FALSE(rowKernels().spread(knotsX, knotsY, 128, x, y)) << i;
+        }
+    }
 }
 
 TEST(SoftwareKernels, TheExcludedEdgesBelongToTheArea) {

@@ -179,9 +179,16 @@ TEST_P(RowVariants, packAlike) {
         CGuarded<std::int32_t> variantOffsets(count, 1);
         CGuarded<std::uint16_t> variantFractions(count, 1);
         CGuarded<GroupBox> variantBoxes(groups);
-        PackRow row{
-            positions.x.data() + 1, positions.y.data() + 1, count,       width, height, width * 4 + 64,
-            offsets.data(),         fractions.data(),       boxes.data()};
+        PackRow row{positions.x.data() + 1,
+                    positions.y.data() + 1,
+                    count,
+                    width,
+                    height,
+                    round % 4 == 1,
+                    width * 4 + 64,
+                    offsets.data(),
+                    fractions.data(),
+                    boxes.data()};
         plain().pack(row);
         row.offsets = variantOffsets.data();
         row.fractions = variantFractions.data();
@@ -206,6 +213,31 @@ TEST_P(RowVariants, packAlike) {
             }
             ASSERT_EQ(std::memcmp(&box, boxes.data() + group, sizeof(box)), 0) << group;
         }
+    }
+}
+
+TEST_P(RowVariants, spreadAlike) {
+    for (int round = 0; round < 300; ++round) {
+        std::vector<float> knotsX(groupLength);
+        std::vector<float> knotsY(groupLength);
+        const float bend = between(-0.3F, 0.3F);
+        for (int i = 0; i < groupLength; ++i) {
+            const auto k = static_cast<float>(i);
+            knotsX[static_cast<std::size_t>(i)] = 300.0F + between(14.0F, 14.01F) * k + bend * k * k;
+            knotsY[static_cast<std::size_t>(i)] = 700.0F - between(7.0F, 7.002F) * k;
+        }
+        const int count = whole(1, 128);
+        const int padded = (count + 31) / 32 * 32;
+        CGuarded<float> x(padded);
+        CGuarded<float> y(padded);
+        CGuarded<float> variantX(padded, 1);
+        CGuarded<float> variantY(padded, 2);
+        const bool isTaken = plain().spread(knotsX.data(), knotsY.data(), count, x.data(), y.data());
+        ASSERT_EQ(variant().spread(knotsX.data(), knotsY.data(), count, variantX.data(), variantY.data()),
+                  isTaken);
+        expectSame(x.content(), variantX.content());
+        expectSame(y.content(), variantY.content());
+        ASSERT_TRUE(variantX.isGuardIntact() && variantY.isGuardIntact());
     }
 }
 
