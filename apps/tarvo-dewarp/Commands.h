@@ -30,7 +30,4 @@ Command addVideoCommand(CLI::App& program);
 /// `map-point`: the direction seen at a point of a view, as the module tells. Throws also host::HostError.
 Command addMapPointCommand(CLI::App& program);
 
-/// `scene`: a picture of the test room.
-Command addSceneCommand(CLI::App& program);
-
 } // namespace tarvo::apps

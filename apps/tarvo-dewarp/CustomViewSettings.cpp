@@ -1,8 +1,8 @@
 #include "apps/tarvo-dewarp/CustomViewSettings.h"
 
+#include "apps/tarvo-dewarp/LookupTable.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
 #include "apps/tarvo-dewarp/WholeFile.h"
-#include "apps/tarvo-dewarp/tables/LookupTable.h"
 
 #include <string>
 

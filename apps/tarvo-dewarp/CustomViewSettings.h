@@ -1,7 +1,6 @@
 #pragma once
 
-#include "apps/host/TransformProperties.h"
-#include "geometry/Enumerations.h"
+#include "apps/tarvo-dewarp/Values.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -30,8 +29,8 @@ struct VirtualPtzOptions {
 /// The custom view as the command line describes it.
 struct CustomViewSettings {
     std::optional<std::filesystem::path> tables;
-    geometry::CustomTransformControlType controlType = geometry::CustomTransformControlType::digitalZoom;
-    std::optional<host::TransformProperties::Edges> viewRectangle;
+    CustomTransformControlType controlType = CustomTransformControlType::digitalZoom;
+    std::optional<Edges> viewRectangle;
     VirtualPtzOptions virtualPtz;
 };
 

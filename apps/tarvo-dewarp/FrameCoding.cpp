@@ -1,16 +1,15 @@
 #include "apps/tarvo-dewarp/FrameCoding.h"
 
+#include "apps/tarvo-dewarp/video/FramePlanes.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace tarvo::apps {
 namespace {
 
-using render::Bgra;
-using render::InputFormat;
-using render::OutputFormat;
-using render::Picture;
-using render::PixelFormat;
+using host::FramePixels;
+using host::VideoFormat;
 
 std::byte toByte(double value) {
     return static_cast<std::byte>(std::lround(std::clamp(value, 0.0, 255.0)));
@@ -64,16 +63,23 @@ Ycc meanOf(const Picture& picture, int x, int y, int columns, int rows, const Fa
 }
 
 /// Where a byte of a plane lies in it.
-std::size_t offset(std::uint32_t strideBytes, int row, std::size_t column) {
+std::size_t offset(std::size_t strideBytes, int row, std::size_t column) {
     return static_cast<std::size_t>(strideBytes) * static_cast<std::size_t>(row) + column;
 }
 
-void encodeRgb32(const Picture& picture, const InputFormat& format, std::vector<std::byte>& frame) {
+/// Where row y of a picture lies in a packed frame.
+int memoryRow(const VideoFormat& format, int y) {
+    const bool isBottomUp = format.pixels == FramePixels::rgb32 && format.height > 0;
+    return isBottomUp ? format.height - 1 - y : y;
+}
+
+void encodeRgb32(const Picture& picture, const VideoFormat& format, std::vector<std::byte>& frame) {
+    const std::size_t stride = video::packedPlane(format).stride;
     for (int y = 0; y < picture.height; ++y) {
-        const int row = format.isBottomUp ? picture.height - 1 - y : y;
+        const int row = memoryRow(format, y);
         for (int x = 0; x < picture.width; ++x) {
             const Bgra pixel = picture.at(x, y);
-            const std::size_t at = offset(format.strideBytes, row, static_cast<std::size_t>(x) * 4);
+            const std::size_t at = offset(stride, row, static_cast<std::size_t>(x) * 4);
             frame[at] = static_cast<std::byte>(pixel.blue);
             frame[at + 1] = static_cast<std::byte>(pixel.green);
             frame[at + 2] = static_cast<std::byte>(pixel.red);
@@ -82,35 +88,33 @@ void encodeRgb32(const Picture& picture, const InputFormat& format, std::vector<
     }
 }
 
-void encodeYv12(const Picture& picture, const InputFormat& format, std::vector<std::byte>& frame) {
-    const render::PlaneFormat luma = render::yv12Plane(format, 0);
+void encodeYv12(const Picture& picture, const VideoFormat& format, std::vector<std::byte>& frame) {
+    const video::Yv12Planes planes = video::yv12Planes(format);
     for (int y = 0; y < picture.height; ++y) {
         for (int x = 0; x < picture.width; ++x) {
-            frame[offset(luma.strideBytes, y, static_cast<std::size_t>(x))] =
+            frame[offset(planes.luma.stride, y, static_cast<std::size_t>(x))] =
                 toByte(fromPixel(picture.at(x, y), yv12Factors, 1.0).luma);
         }
     }
-    const render::PlaneFormat chroma = render::yv12Plane(format, 1);
-    const std::size_t redPlane = luma.planeBytes;
-    const std::size_t bluePlane = redPlane + chroma.planeBytes;
-    for (int y = 0; y < static_cast<int>(chroma.height); ++y) {
-        for (int x = 0; x < static_cast<int>(chroma.width); ++x) {
+    for (int y = 0; y < static_cast<int>(planes.red.height); ++y) {
+        for (int x = 0; x < static_cast<int>(planes.red.width); ++x) {
             // Half of full scale is 127.5.
             const Ycc mean = meanOf(picture, 2 * x, 2 * y, 2, 2, yv12Factors, 1.0);
-            const std::size_t at = offset(chroma.strideBytes, y, static_cast<std::size_t>(x));
-            frame[redPlane + at] = toByte(mean.red + 127.5);
-            frame[bluePlane + at] = toByte(mean.blue + 127.5);
+            const std::size_t at = offset(planes.red.stride, y, static_cast<std::size_t>(x));
+            frame[planes.red.offset + at] = toByte(mean.red + 127.5);
+            frame[planes.blue.offset + at] = toByte(mean.blue + 127.5);
         }
     }
 }
 
-void encodeYuy2(const Picture& picture, const InputFormat& format, std::vector<std::byte>& frame) {
+void encodeYuy2(const Picture& picture, const VideoFormat& format, std::vector<std::byte>& frame) {
     // The component divides by 256 where full scale is 255.
     constexpr double scale = 256.0 / 255.0;
+    const std::size_t stride = video::packedPlane(format).stride;
     for (int y = 0; y < picture.height; ++y) {
         for (int x = 0; x < picture.width; x += 2) {
             const Ycc mean = meanOf(picture, x, y, 2, 1, yuy2Factors, scale);
-            const std::size_t at = offset(format.strideBytes, y, static_cast<std::size_t>(x) * 2);
+            const std::size_t at = offset(stride, y, static_cast<std::size_t>(x) * 2);
             frame[at] = toByte(fromPixel(picture.at(x, y), yuy2Factors, scale).luma);
             frame[at + 1] = toByte(mean.blue + 128.0);
             frame[at + 2] = toByte(fromPixel(picture.at(x + 1, y), yuy2Factors, scale).luma);
@@ -132,80 +136,76 @@ Bgra fromDeliveredYv12(double luma, double first, double second) {
             channel(y + 2.017232 * (second - 128.0)), 255};
 }
 
+Picture decodeRgb32(std::span<const std::byte> frame, const VideoFormat& format) {
+    const video::Plane plane = video::packedPlane(format);
+    Picture picture(format.width, static_cast<int>(plane.height));
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const std::size_t at =
+                offset(plane.stride, memoryRow(format, y), static_cast<std::size_t>(x) * 4);
+            const auto channel = [&](std::size_t index) {
+                return static_cast<std::uint8_t>(level(frame, at + index));
+            };
+            picture.at(x, y) = {channel(0), channel(1), channel(2), 255};
+        }
+    }
+    return picture;
+}
+
+Picture decodeYv12(std::span<const std::byte> frame, const VideoFormat& format) {
+    const video::Yv12Planes planes = video::yv12Planes(format);
+    Picture picture(format.width, format.height);
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const std::size_t at = offset(planes.red.stride, y / 2, static_cast<std::size_t>(x) / 2);
+            // The difference that follows blue lies last, where players look for Cb.
+            picture.at(x, y) = fromDeliveredYv12(
+                level(frame, offset(planes.luma.stride, y, static_cast<std::size_t>(x))),
+                level(frame, planes.blue.offset + at), level(frame, planes.red.offset + at));
+        }
+    }
+    return picture;
+}
+
 } // namespace
 
-int leastStride(PixelFormat format, int width) {
-    switch (format) {
-    case PixelFormat::yv12:
+int leastStride(FramePixels pixels, int width) {
+    switch (pixels) {
+    case FramePixels::yv12:
         // The component finds the planes by fractions of the frame's size, which odd by odd would not give.
         return width + width % 2;
-    case PixelFormat::yuy2:
+    case FramePixels::yuy2:
         return width * 2;
-    case PixelFormat::rgb32:
+    case FramePixels::rgb32:
         break;
     }
     return width * 4;
 }
 
-InputFormat inputFrameFormat(PixelFormat format, int width, int height, bool isBottomUp,
-                             std::optional<int> strideBytes) {
-    const auto stride = static_cast<std::uint32_t>(strideBytes.value_or(leastStride(format, width)));
-    const auto rows = static_cast<std::uint32_t>(height);
-    const std::uint32_t bytes = format == PixelFormat::yv12 ? stride * rows / 2 * 3 : stride * rows;
-    return {format, width, height, stride, bytes, format == PixelFormat::rgb32 && isBottomUp};
+VideoFormat frameFormat(FramePixels pixels, int width, int height, bool isBottomUp, int strideBytes) {
+    const bool isTopDown = pixels == FramePixels::rgb32 && !isBottomUp;
+    return host::makeVideoFormat(pixels, width, isTopDown ? -height : height, 0,
+                                 static_cast<std::uint32_t>(strideBytes));
 }
 
-OutputFormat outputFrameFormat(PixelFormat format, int width, int height, bool isBottomUp) {
-    const bool isRgb = format == PixelFormat::rgb32;
-    return {format, width, height, static_cast<std::uint32_t>(isRgb ? width * 4 : width),
-            isRgb && isBottomUp};
-}
-
-std::size_t frameBytes(const OutputFormat& format) {
-    const std::size_t rows = static_cast<std::size_t>(format.height) * format.strideBytes;
-    return format.format == PixelFormat::yv12 ? rows * 3 / 2 : rows;
-}
-
-std::vector<std::byte> encodeFrame(const Picture& picture, const InputFormat& format) {
+std::vector<std::byte> encodeFrame(const Picture& picture, const VideoFormat& format) {
     std::vector<std::byte> frame(format.frameBytes);
-    switch (format.format) {
-    case PixelFormat::yv12:
+    switch (format.pixels) {
+    case FramePixels::yv12:
         encodeYv12(picture, format, frame);
         break;
-    case PixelFormat::yuy2:
+    case FramePixels::yuy2:
         encodeYuy2(picture, format, frame);
         break;
-    case PixelFormat::rgb32:
+    case FramePixels::rgb32:
         encodeRgb32(picture, format, frame);
         break;
     }
     return frame;
 }
 
-Picture decodeFrame(std::span<const std::byte> frame, const OutputFormat& format) {
-    Picture picture(format.width, format.height);
-    const std::size_t lumaBytes = static_cast<std::size_t>(format.height) * format.strideBytes;
-    const std::size_t secondPlane = lumaBytes * 5 / 4;
-    for (int y = 0; y < format.height; ++y) {
-        const int row = format.isBottomUp ? format.height - 1 - y : y;
-        for (int x = 0; x < format.width; ++x) {
-            if (format.format == PixelFormat::rgb32) {
-                const std::size_t at = offset(format.strideBytes, row, static_cast<std::size_t>(x) * 4);
-                const auto channel = [&](std::size_t index) {
-                    return static_cast<std::uint8_t>(level(frame, at + index));
-                };
-                picture.at(x, y) = {channel(0), channel(1), channel(2), 255};
-                continue;
-            }
-            const std::size_t chromaAt =
-                offset(format.strideBytes / 2, y / 2, static_cast<std::size_t>(x) / 2);
-            // The difference that follows blue lies last, where players look for Cb.
-            picture.at(x, y) =
-                fromDeliveredYv12(level(frame, offset(format.strideBytes, y, static_cast<std::size_t>(x))),
-                                  level(frame, secondPlane + chromaAt), level(frame, lumaBytes + chromaAt));
-        }
-    }
-    return picture;
+Picture decodeFrame(std::span<const std::byte> frame, const VideoFormat& format) {
+    return format.pixels == FramePixels::yv12 ? decodeYv12(frame, format) : decodeRgb32(frame, format);
 }
 
 } // namespace tarvo::apps

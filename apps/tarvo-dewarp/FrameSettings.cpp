@@ -12,23 +12,22 @@
 namespace tarvo::apps {
 namespace {
 
-using render::InputFormat;
-using render::PixelFormat;
+using host::FramePixels;
 
-PixelFormat readInputFormat(const std::string& option, const std::string& text) {
+FramePixels readInputFormat(const std::string& option, const std::string& text) {
     if (text == "rgb32") {
-        return PixelFormat::rgb32;
+        return FramePixels::rgb32;
     }
     if (text == "yv12") {
-        return PixelFormat::yv12;
+        return FramePixels::yv12;
     }
     if (text == "yuy2") {
-        return PixelFormat::yuy2;
+        return FramePixels::yuy2;
     }
     refuseValue(option, text, "rgb32, yv12 or yuy2");
 }
 
-PixelFormat readOutputFormat(const std::string& option, const std::string& text) {
+FramePixels readOutputFormat(const std::string& option, const std::string& text) {
     if (text == "yuy2" || (text != "rgb32" && text != "yv12")) {
         refuseValue(option, text, "rgb32 or yv12");
     }
@@ -49,12 +48,12 @@ std::string sizeText(int width, int height) {
 }
 
 /// Throws UsageError for a picture that the format has no place for.
-void requireFit(PixelFormat format, int width, int height) {
-    if (format == PixelFormat::yv12 && (width < 2 || height < 2)) {
+void requireFit(FramePixels format, int width, int height) {
+    if (format == FramePixels::yv12 && (width < 2 || height < 2)) {
         throw UsageError("a yv12 frame has at least 2x2 pixels, and the input has " +
                          sizeText(width, height));
     }
-    if (format == PixelFormat::yuy2 && width % 2 != 0) {
+    if (format == FramePixels::yuy2 && width % 2 != 0) {
         throw UsageError("a yuy2 frame has an even width, and the input has " + sizeText(width, height));
     }
 }
@@ -73,7 +72,7 @@ InputFrame readRawFrame(const std::filesystem::path& path, const FrameSettings& 
                          std::to_string(least) + " bytes");
     }
     const std::uint64_t rows = static_cast<std::uint64_t>(stride) * settings.inputSize->height;
-    const std::uint64_t expected = settings.inputFormat == PixelFormat::yv12 ? rows / 2 * 3 : rows;
+    const std::uint64_t expected = settings.inputFormat == FramePixels::yv12 ? rows / 2 * 3 : rows;
     if (expected > std::numeric_limits<std::int32_t>::max()) {
         throw UsageError("a frame of " + std::to_string(expected) + " bytes is too large");
     }
@@ -84,7 +83,7 @@ InputFrame readRawFrame(const std::filesystem::path& path, const FrameSettings& 
     }
     const std::vector<std::uint8_t> bytes = readBeginning(path, static_cast<std::size_t>(expected));
     const auto begin = std::as_bytes(std::span(bytes));
-    return {inputFrameFormat(settings.inputFormat, width, height, settings.isInputBottomUp, stride),
+    return {frameFormat(settings.inputFormat, width, height, settings.isInputBottomUp, stride),
             {begin.begin(), begin.end()}};
 }
 
@@ -127,15 +126,15 @@ InputFrame readInputFrame(const std::filesystem::path& path, const FrameSettings
         throw UsageError(std::string(settings.inputSize ? "--input-size" : "--input-stride") +
                          " goes with a raw frame only, a file whose name ends in .raw");
     }
-    const render::Picture picture = readPicture(path);
+    const Picture picture = readPicture(path);
     requireFit(settings.inputFormat, picture.width, picture.height);
-    const InputFormat format =
-        inputFrameFormat(settings.inputFormat, picture.width, picture.height, settings.isInputBottomUp);
+    const host::VideoFormat format =
+        frameFormat(settings.inputFormat, picture.width, picture.height, settings.isInputBottomUp);
     return {format, encodeFrame(picture, format)};
 }
 
 void writeOutputFrame(const std::filesystem::path& path, const std::vector<std::byte>& frame,
-                      const render::OutputFormat& format) {
+                      const host::VideoFormat& format) {
     if (!isRawName(path)) {
         writePng(path, decodeFrame(frame, format));
         return;

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "geometry/OutputSize.h"
-#include "render/FrameFormat.h"
-#include "render/Picture.h"
+#include "apps/host/VideoFormat.h"
+#include "apps/tarvo-dewarp/Values.h"
 
 #include <filesystem>
 #include <optional>
@@ -17,12 +16,12 @@ namespace tarvo::apps {
 
 /// In what form pictures pass through the component.
 struct FrameSettings {
-    render::PixelFormat inputFormat = render::PixelFormat::rgb32;
-    render::PixelFormat outputFormat = render::PixelFormat::rgb32;
+    host::FramePixels inputFormat = host::FramePixels::rgb32;
+    host::FramePixels outputFormat = host::FramePixels::rgb32;
     bool isInputBottomUp = false;
     bool isOutputBottomUp = false;
-    std::optional<geometry::PictureSize> inputSize; ///< raw frames only
-    std::optional<int> inputStride;                 ///< raw frames only
+    std::optional<PictureSize> inputSize; ///< raw frames only
+    std::optional<int> inputStride;       ///< raw frames only
 };
 
 /// Adds the options that describe frames; `settings` must outlive the parsing.
@@ -33,7 +32,7 @@ bool isRawName(const std::filesystem::path& path);
 
 /// A frame as a host would hand it over.
 struct InputFrame {
-    render::InputFormat format;
+    host::VideoFormat format;
     std::vector<std::byte> bytes;
 };
 
@@ -44,6 +43,6 @@ InputFrame readInputFrame(const std::filesystem::path& path, const FrameSettings
 /// Writes a delivered frame as it is or as a PNG picture, by the file's name. Throws FileError,
 /// std::bad_alloc.
 void writeOutputFrame(const std::filesystem::path& path, const std::vector<std::byte>& frame,
-                      const render::OutputFormat& format);
+                      const host::VideoFormat& format);
 
 } // namespace tarvo::apps

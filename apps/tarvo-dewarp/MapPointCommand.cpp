@@ -19,7 +19,7 @@ struct MapPointSettings {
     ModuleSettings module;
     ViewSettings view;
     // The frame that the component assumes until it knows better.
-    geometry::PictureSize inputSize{2592, 1944};
+    PictureSize inputSize{2592, 1944};
     bool goesToOverview = false;
     bool ignoresOverview = false;
 };
@@ -41,7 +41,6 @@ void printPair(std::ostream& out, const char* firstName, double first, const cha
 }
 
 void mapOnePoint(const MapPointSettings& settings, std::ostream& out) {
-    using geometry::ViewType;
     if (settings.view.viewType != ViewType::single && settings.view.viewType != ViewType::singleOverview) {
         throw UsageError("Point mapping only supported in single dewarp view.");
     }

@@ -83,25 +83,21 @@ struct Named {
     Member member;
 };
 
-constexpr std::array<Named<geometry::ViewType>, 6> viewTypes{
-    {{"single", geometry::ViewType::single},
-     {"quad", geometry::ViewType::quad},
-     {"panoramaSingle", geometry::ViewType::panoramaSingle},
-     {"panoramaDouble", geometry::ViewType::panoramaDouble},
-     {"singleOverview", geometry::ViewType::singleOverview},
-     {"custom", geometry::ViewType::custom}}};
-
-using geometry::CustomTransformControlType;
+constexpr std::array<Named<ViewType>, 6> viewTypes{{{"single", ViewType::single},
+                                                    {"quad", ViewType::quad},
+                                                    {"panoramaSingle", ViewType::panoramaSingle},
+                                                    {"panoramaDouble", ViewType::panoramaDouble},
+                                                    {"singleOverview", ViewType::singleOverview},
+                                                    {"custom", ViewType::custom}}};
 
 constexpr std::array<Named<CustomTransformControlType>, 2> controlTypes{
     {{"digitalZoom", CustomTransformControlType::digitalZoom},
      {"virtualPtzFromPanorama", CustomTransformControlType::virtualPtzFromPanorama}}};
 
-constexpr std::array<Named<geometry::TiltOrientation>, 4> tiltOrientations{
-    {{"undef", geometry::TiltOrientation::undef},
-     {"wall", geometry::TiltOrientation::wall},
-     {"ceiling", geometry::TiltOrientation::ceiling},
-     {"desk", geometry::TiltOrientation::desk}}};
+constexpr std::array<Named<TiltOrientation>, 4> tiltOrientations{{{"undef", TiltOrientation::undef},
+                                                                  {"wall", TiltOrientation::wall},
+                                                                  {"ceiling", TiltOrientation::ceiling},
+                                                                  {"desk", TiltOrientation::desk}}};
 
 template<typename Member, std::size_t Count>
 Member readMember(std::span<const Named<Member>, Count> members, const std::string& option,
@@ -146,7 +142,7 @@ int readSide(const std::string& option, const std::string& text) {
     refuseValue(option, text, sideAllowed);
 }
 
-geometry::PictureSize readSize(const std::string& option, const std::string& text) {
+PictureSize readSize(const std::string& option, const std::string& text) {
     const std::vector<std::string_view> parts = split(text, 'x');
     if (parts.size() == 2) {
         const std::optional<int> width = side(parts[0]);
@@ -166,14 +162,13 @@ ThreeNumbers readThreeNumbers(const std::string& option, const std::string& text
     refuseValue(option, text, allowed);
 }
 
-geometry::LensProfile readLensProfile(const std::string& option, const std::string& text) {
+LensProfile readLensProfile(const std::string& option, const std::string& text) {
     const ThreeNumbers values = readThreeNumbers(
         option, text, "three finite numbers A,B,C parted by commas, such as -0.0226,0.015,0.3682");
-    return {static_cast<float>(values.first), static_cast<float>(values.second),
-            static_cast<float>(values.third)};
+    return {values.first, values.second, values.third};
 }
 
-geometry::ExcludeArea readExcludeArea(const std::string& option, const std::string& text) {
+Edges readExcludeArea(const std::string& option, const std::string& text) {
     const auto edges = numberList<4>(text, 0.0, 1.0);
     if (edges && (*edges)[0] <= (*edges)[2] && (*edges)[1] <= (*edges)[3]) {
         return {(*edges)[0], (*edges)[1], (*edges)[2], (*edges)[3]};
@@ -183,7 +178,7 @@ geometry::ExcludeArea readExcludeArea(const std::string& option, const std::stri
         "LEFT,TOP,RIGHT,BOTTOM, each a number from 0 to 1, LEFT at most RIGHT and TOP at most BOTTOM");
 }
 
-host::TransformProperties::Edges readViewRectangle(const std::string& option, const std::string& text) {
+Edges readViewRectangle(const std::string& option, const std::string& text) {
     const auto edges = numberList<4>(text, 0.0, 1.0);
     if (edges && (*edges)[0] < (*edges)[2] && (*edges)[1] < (*edges)[3]) {
         return {(*edges)[0], (*edges)[1], (*edges)[2], (*edges)[3]};
@@ -193,14 +188,14 @@ host::TransformProperties::Edges readViewRectangle(const std::string& option, co
         "LEFT,TOP,RIGHT,BOTTOM, each a number from 0 to 1, LEFT less than RIGHT and TOP less than BOTTOM");
 }
 
-geometry::ViewType readBuiltInViewType(const std::string& option, const std::string& text) {
+ViewType readBuiltInViewType(const std::string& option, const std::string& text) {
     if (text == "custom") {
         throw UsageError(option + ": \"custom\" needs lookup tables, which this command cannot take");
     }
     return readMember(std::span(viewTypes).first<viewTypes.size() - 1>(), option, text);
 }
 
-geometry::ViewType readViewType(const std::string& option, const std::string& text) {
+ViewType readViewType(const std::string& option, const std::string& text) {
     return readMember(std::span(viewTypes), option, text);
 }
 
@@ -208,7 +203,7 @@ CustomTransformControlType readControlType(const std::string& option, const std:
     return readMember(std::span(controlTypes), option, text);
 }
 
-geometry::TiltOrientation readTiltOrientation(const std::string& option, const std::string& text) {
+TiltOrientation readTiltOrientation(const std::string& option, const std::string& text) {
     return readMember(std::span(tiltOrientations), option, text);
 }
 

@@ -1,11 +1,7 @@
 #pragma once
 
-#include "apps/host/TransformProperties.h"
 #include "apps/tarvo-dewarp/PictureCoding.h"
-#include "geometry/Enumerations.h"
-#include "geometry/ExcludeArea.h"
-#include "geometry/LensProfile.h"
-#include "geometry/OutputSize.h"
+#include "apps/tarvo-dewarp/Values.h"
 
 #include <CLI/App.hpp>
 
@@ -37,19 +33,19 @@ double readFraction(const std::string& option, const std::string& text);
 /// 1 to maxPictureSide.
 int readSide(const std::string& option, const std::string& text);
 /// WIDTHxHEIGHT, each as a side.
-geometry::PictureSize readSize(const std::string& option, const std::string& text);
+PictureSize readSize(const std::string& option, const std::string& text);
 /// A,B,C.
-geometry::LensProfile readLensProfile(const std::string& option, const std::string& text);
+LensProfile readLensProfile(const std::string& option, const std::string& text);
 /// LEFT,TOP,RIGHT,BOTTOM, fractions in that order.
-geometry::ExcludeArea readExcludeArea(const std::string& option, const std::string& text);
+Edges readExcludeArea(const std::string& option, const std::string& text);
 /// The same, but not empty.
-host::TransformProperties::Edges readViewRectangle(const std::string& option, const std::string& text);
+Edges readViewRectangle(const std::string& option, const std::string& text);
 /// A member of the enumeration by its name; `custom` is refused.
-geometry::ViewType readBuiltInViewType(const std::string& option, const std::string& text);
+ViewType readBuiltInViewType(const std::string& option, const std::string& text);
 /// A member of the enumeration by its name.
-geometry::ViewType readViewType(const std::string& option, const std::string& text);
-geometry::CustomTransformControlType readControlType(const std::string& option, const std::string& text);
-geometry::TiltOrientation readTiltOrientation(const std::string& option, const std::string& text);
+ViewType readViewType(const std::string& option, const std::string& text);
+CustomTransformControlType readControlType(const std::string& option, const std::string& text);
+TiltOrientation readTiltOrientation(const std::string& option, const std::string& text);
 
 /// Three numbers parted by commas, each read as `readNumber` would with the whole text in its message.
 struct ThreeNumbers {

@@ -96,7 +96,7 @@ struct StbFree {
     void operator()(stbi_uc* pixels) const { stbi_image_free(pixels); }
 };
 
-render::Picture decodeWithStb(std::span<const std::uint8_t> bytes) {
+Picture decodeWithStb(std::span<const std::uint8_t> bytes) {
     int width = 0;
     int height = 0;
     int channelsInFile = 0;
@@ -109,9 +109,9 @@ render::Picture decodeWithStb(std::span<const std::uint8_t> bytes) {
         }
         throw CodingError("it cannot be read as a picture: " + reason);
     }
-    render::Picture picture(width, height);
+    Picture picture(width, height);
     const stbi_uc* from = decoded.get();
-    for (render::Bgra& pixel : picture.pixels) {
+    for (Bgra& pixel : picture.pixels) {
         pixel = {from[2], from[1], from[0], 255};
         from += colourChannels;
     }
@@ -124,7 +124,7 @@ bool beginsLikePicture(std::span<const std::uint8_t> bytes) {
     return isPng(bytes) || isJpeg(bytes) || isPnm(bytes);
 }
 
-render::Picture decodePicture(std::span<const std::uint8_t> bytes) {
+Picture decodePicture(std::span<const std::uint8_t> bytes) {
     if (isPnm(bytes)) {
         return decodePnm(bytes);
     }
@@ -134,10 +134,10 @@ render::Picture decodePicture(std::span<const std::uint8_t> bytes) {
     return decodeWithStb(bytes);
 }
 
-std::vector<std::uint8_t> encodePng(const render::Picture& picture) {
+std::vector<std::uint8_t> encodePng(const Picture& picture) {
     std::vector<std::uint8_t> colours;
     colours.reserve(picture.pixels.size() * colourChannels);
-    for (const render::Bgra& pixel : picture.pixels) {
+    for (const Bgra& pixel : picture.pixels) {
         colours.insert(colours.end(), {pixel.red, pixel.green, pixel.blue});
     }
     const CEncoderMemory memory;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/Picture.h"
+#include "apps/tarvo-dewarp/Picture.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,9 +26,9 @@ inline constexpr std::size_t pictureSignatureLength = 8;
 bool beginsLikePicture(std::span<const std::uint8_t> bytes);
 
 /// The picture in the bytes of such a file, opaque. Throws CodingError, std::bad_alloc.
-render::Picture decodePicture(std::span<const std::uint8_t> bytes);
+Picture decodePicture(std::span<const std::uint8_t> bytes);
 
 /// The bytes of a PNG file with the picture's colours. Throws std::bad_alloc.
-std::vector<std::uint8_t> encodePng(const render::Picture& picture);
+std::vector<std::uint8_t> encodePng(const Picture& picture);
 
 } // namespace tarvo::apps

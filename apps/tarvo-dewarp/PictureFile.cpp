@@ -27,7 +27,7 @@ std::vector<std::uint8_t> readPictureBytes(const std::filesystem::path& path) {
 
 } // namespace
 
-render::Picture readPicture(const std::filesystem::path& path) {
+Picture readPicture(const std::filesystem::path& path) {
     const std::vector<std::uint8_t> bytes = readPictureBytes(path);
     try {
         return decodePicture(bytes);
@@ -36,7 +36,7 @@ render::Picture readPicture(const std::filesystem::path& path) {
     }
 }
 
-void writePng(const std::filesystem::path& path, const render::Picture& picture) {
+void writePng(const std::filesystem::path& path, const Picture& picture) {
     checkTarget(path);
     writeWholeFile(path, encodePng(picture));
 }

@@ -91,7 +91,7 @@ bool isPnm(std::span<const std::uint8_t> bytes) {
            (isSpace(bytes[2]) || bytes[2] == '#');
 }
 
-render::Picture decodePnm(std::span<const std::uint8_t> bytes) {
+Picture decodePnm(std::span<const std::uint8_t> bytes) {
     const bool isColoured = bytes[1] == '6';
     CPnmReader reader(bytes);
     const int width = reader.number("width", maxPictureSide);
@@ -106,7 +106,7 @@ render::Picture decodePnm(std::span<const std::uint8_t> bytes) {
     if (samples.size() < pixelCount * channels * bytesPerSample) {
         throw CodingError("it cannot be read as a picture: its end is missing");
     }
-    render::Picture picture(width, height);
+    Picture picture(width, height);
     for (std::size_t i = 0; i < pixelCount; ++i) {
         const std::size_t first = i * channels;
         const std::uint8_t red = sampleAt(samples, first, maximum);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/Picture.h"
+#include "apps/tarvo-dewarp/Picture.h"
 
 #include <cstdint>
 #include <span>
@@ -14,6 +14,6 @@ namespace tarvo::apps {
 bool isPnm(std::span<const std::uint8_t> bytes);
 
 /// The first picture of such a file, its samples scaled to 0 … 255. Throws CodingError, std::bad_alloc.
-render::Picture decodePnm(std::span<const std::uint8_t> bytes);
+Picture decodePnm(std::span<const std::uint8_t> bytes);
 
 } // namespace tarvo::apps

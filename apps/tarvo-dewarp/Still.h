@@ -21,7 +21,7 @@ struct StillJob {
 
 /// A delivered frame.
 struct StillFrame {
-    render::OutputFormat format;
+    host::VideoFormat format;
     std::vector<std::byte> bytes;
 };
 

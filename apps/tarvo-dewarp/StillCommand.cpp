@@ -21,7 +21,7 @@ struct StillSettings {
 };
 
 void makeStill(const StillSettings& settings, const StillRenderer& draw) {
-    checkTablesGiven(settings.customView, settings.view.viewType == geometry::ViewType::custom);
+    checkTablesGiven(settings.customView, settings.view.viewType == ViewType::custom);
     const InputFrame input = readInputFrame(settings.input, settings.frames);
     checkTarget(settings.output);
     const StillFrame frame =

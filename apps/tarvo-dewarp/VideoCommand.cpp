@@ -65,8 +65,8 @@ std::string readName(const std::string& option, const std::string& text) {
 
 void checkMoves(const VideoSettings& settings, const video::CMoves& moves) {
     const bool hasVirtualCamera =
-        settings.view.viewType == geometry::ViewType::custom &&
-        settings.customView.controlType == geometry::CustomTransformControlType::virtualPtzFromPanorama;
+        settings.view.viewType == ViewType::custom &&
+        settings.customView.controlType == CustomTransformControlType::virtualPtzFromPanorama;
     if (moves.moveVirtualCamera() && !hasVirtualCamera) {
         throw UsageError("--moves: moves of virtual-ptz properties need --view-type custom and "
                          "--custom-transform-control-type virtualPtzFromPanorama");
@@ -74,7 +74,7 @@ void checkMoves(const VideoSettings& settings, const video::CMoves& moves) {
 }
 
 void makeVideo(const VideoSettings& settings, std::ostream& out) {
-    checkTablesGiven(settings.customView, settings.view.viewType == geometry::ViewType::custom);
+    checkTablesGiven(settings.customView, settings.view.viewType == ViewType::custom);
     video::checkVideoTarget(settings.output, settings.outputPixels, settings.encoder);
     const video::CMoves moves = settings.moves.empty() ? video::CMoves() : video::readMoves(settings.moves);
     checkMoves(settings, moves);

@@ -113,7 +113,7 @@ void refuseOutputSize(const ViewSettings& settings, int inputWidth, int inputHei
     throw UsageError("for an input of " + std::to_string(inputWidth) + "x" + std::to_string(inputHeight) +
                      " pixels the output would have " + size + "; each side must be 1 to " +
                      std::to_string(maxPictureSide) +
-                     (settings.isOutputWide && settings.viewType != geometry::ViewType::custom
+                     (settings.isOutputWide && settings.viewType != ViewType::custom
                           ? ": leave out --output-format-16-9"
                           : ": give --output-width and --output-height"));
 }

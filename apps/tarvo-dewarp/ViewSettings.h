@@ -1,9 +1,6 @@
 #pragma once
 
-#include "geometry/Enumerations.h"
-#include "geometry/ExcludeArea.h"
-#include "geometry/LensProfile.h"
-#include "geometry/PanoramaRectangle.h"
+#include "apps/tarvo-dewarp/Values.h"
 
 #include <cstdint>
 #include <optional>
@@ -15,18 +12,18 @@ class App;
 
 namespace tarvo::apps {
 
-/// A view as the command line describes it; what was not given holds the component's default.
+/// A view as the command line describes it; what was not given stays as the component has it.
 struct ViewSettings {
-    geometry::ViewType viewType = geometry::ViewType::single;
-    geometry::TiltOrientation tiltOrientation = geometry::TiltOrientation::undef;
-    geometry::LensProfile lensProfile = geometry::defaultLensProfile;
+    ViewType viewType = ViewType::single;
+    std::optional<TiltOrientation> tiltOrientation;
+    std::optional<LensProfile> lensProfile;
     std::optional<double> panDegrees;
     std::optional<double> tiltDegrees;
     std::optional<double> fieldOfViewDegrees;
-    double effectLevel = 1.0;
-    double panoramaFieldOfViewDegrees = geometry::defaultPanoramaFieldOfView;
-    double panoramaPanOffsetDegrees = geometry::defaultPanoramaPanOffset;
-    geometry::ExcludeArea excludeArea;
+    std::optional<double> effectLevel;
+    std::optional<double> panoramaFieldOfViewDegrees;
+    std::optional<double> panoramaPanOffsetDegrees;
+    std::optional<Edges> excludeArea;
     std::optional<int> outputWidth;
     std::optional<int> outputHeight;
     bool isOverviewLeft = false;

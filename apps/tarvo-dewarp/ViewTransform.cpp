@@ -23,15 +23,13 @@ host::TransformProperties propertiesOf(const WantedView& wanted) {
     properties.outputFrameRate = wanted.outputFrameRate;
     properties.options = (view.isOverviewLeft ? TarvoVideoTransformLib::overviewMapPlacementLeft : 0) |
                          (view.isOutputWide ? TarvoVideoTransformLib::outputFormat_16_9 : 0);
-    properties.lensProfile = {double{view.lensProfile.a}, double{view.lensProfile.b},
-                              double{view.lensProfile.c}};
-    properties.tiltOrientation = static_cast<LONG>(view.tiltOrientation);
+    properties.lensProfile = view.lensProfile;
+    properties.tiltOrientation = view.tiltOrientation;
     properties.viewType = static_cast<LONG>(view.viewType);
     properties.effectLevel = view.effectLevel;
     properties.panoramaFieldOfView = view.panoramaFieldOfViewDegrees;
     properties.panoramaPanOffset = view.panoramaPanOffsetDegrees;
-    properties.excludeRect = {view.excludeArea.left, view.excludeArea.top, view.excludeArea.right,
-                              view.excludeArea.bottom};
+    properties.excludeRect = view.excludeArea;
     properties.isBypassed = wanted.isBypassed;
     properties.pan = view.panDegrees;
     properties.tilt = view.tiltDegrees;
@@ -58,7 +56,7 @@ void putTables(IDewarpingTransform& transform, const std::filesystem::path& path
     checkTables(path, bytes);
 }
 
-void putViewRectangle(IDewarpingTransform& transform, const host::TransformProperties::Edges& edges) {
+void putViewRectangle(IDewarpingTransform& transform, const Edges& edges) {
     ComPtr<IRectangle> rectangle;
     requireStep(transform.get_CustomTransformViewRect(rectangle.put()), "getting CustomTransformViewRect");
     requireStep(rectangle->Init(edges.left, edges.top, edges.right, edges.bottom),
@@ -114,7 +112,7 @@ void putCustomView(IDewarpingTransform& transform, const CustomViewSettings& set
     ComPtr<IUnknown> control;
     requireStep(transform.get_CustomTransformControl(control.put()), "getting CustomTransformControl");
     HRESULT result = S_OK;
-    if (settings.controlType == geometry::CustomTransformControlType::virtualPtzFromPanorama) {
+    if (settings.controlType == CustomTransformControlType::virtualPtzFromPanorama) {
         const auto ptz = control.as<Ptz>(result);
         requireStep(result, "asking for the virtual camera");
         putVirtualPtz(*ptz, settings.virtualPtz);
@@ -128,7 +126,7 @@ void putCustomView(IDewarpingTransform& transform, const CustomViewSettings& set
 CViewTransform::CViewTransform(const host::CModule& module, const WantedView& wanted)
     : m_wanted(wanted), m_transform(module.createTransform()), m_stream(m_transform) {
     host::putProperties(*m_transform, propertiesOf(wanted));
-    if (wanted.view.viewType == geometry::ViewType::custom) {
+    if (wanted.view.viewType == ViewType::custom) {
         putTables(*m_transform, wanted.customView.tables.value());
         requireStep(
             m_transform->put_CustomTransformControlType(static_cast<LONG>(wanted.customView.controlType)),
@@ -159,7 +157,7 @@ std::pair<LONG, LONG> CViewTransform::setInput(const host::VideoFormat& format) 
 host::VideoFormat CViewTransform::setOutput(host::FramePixels pixels, bool isBottomUp) {
     const host::VideoFormat format = m_stream.setOutput(pixels, isBottomUp);
     host::putPosition(*m_transform, propertiesOf(m_wanted));
-    if (m_wanted.view.viewType == geometry::ViewType::custom) {
+    if (m_wanted.view.viewType == ViewType::custom) {
         putCustomView(*m_transform, m_wanted.customView);
     }
     return format;

@@ -2,6 +2,8 @@
 
 #include "apps/tarvo-dewarp/FrameCoding.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
+#include "apps/tarvo-dewarp/geometry/GeometryValues.h"
+#include "apps/tarvo-render/RenderRecords.h"
 #include "custom/BorderAdjustment.h"
 #include "custom/BoundedRectangle.h"
 #include "custom/tables/CustomTransformData.h"
@@ -10,6 +12,7 @@
 #include "geometry/ViewState.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <new>
 #include <span>
 
@@ -31,12 +34,13 @@ geometry::PictureSize outputSize(const ViewSettings& settings, geometry::Picture
                                  std::optional<float> customAspect) {
     geometry::OutputSizeRequest request;
     request.input = input;
-    request.viewType = settings.viewType;
+    request.viewType = geometryOf(settings.viewType);
     request.options = optionsWord(settings);
     request.wanted = {static_cast<std::uint32_t>(settings.outputWidth.value_or(0)),
                       static_cast<std::uint32_t>(settings.outputHeight.value_or(0))};
     request.isWantedSet = settings.outputWidth || settings.outputHeight;
-    request.panoramaFieldOfViewDegrees = settings.panoramaFieldOfViewDegrees;
+    request.panoramaFieldOfViewDegrees =
+        settings.panoramaFieldOfViewDegrees.value_or(geometry::defaultPanoramaFieldOfView);
     request.customAspect = customAspect;
     const geometry::PictureSize size = geometry::deriveOutputSize(request);
     requireOutputSize(settings, static_cast<int>(input.width), static_cast<int>(input.height), size.width,
@@ -49,13 +53,25 @@ geometry::CViewState makeView(const ViewSettings& settings, geometry::PictureSiz
     const geometry::PictureSize output = outputSize(settings, input, customAspect);
     geometry::CViewState view;
     view.setOptions(optionsWord(settings));
-    view.setExcludeArea(settings.excludeArea);
-    view.setLensProfile(settings.lensProfile);
-    view.setTiltOrientation(settings.tiltOrientation);
-    view.setViewType(settings.viewType);
-    view.setEffectLevel(settings.effectLevel);
-    view.setPanoramaFieldOfView(settings.panoramaFieldOfViewDegrees);
-    view.setPanoramaPanOffset(settings.panoramaPanOffsetDegrees);
+    if (settings.excludeArea) {
+        view.setExcludeArea(excludeAreaOf(*settings.excludeArea));
+    }
+    if (settings.lensProfile) {
+        view.setLensProfile(geometryOf(*settings.lensProfile));
+    }
+    if (settings.tiltOrientation) {
+        view.setTiltOrientation(geometryOf(*settings.tiltOrientation));
+    }
+    view.setViewType(geometryOf(settings.viewType));
+    if (settings.effectLevel) {
+        view.setEffectLevel(*settings.effectLevel);
+    }
+    if (settings.panoramaFieldOfViewDegrees) {
+        view.setPanoramaFieldOfView(*settings.panoramaFieldOfViewDegrees);
+    }
+    if (settings.panoramaPanOffsetDegrees) {
+        view.setPanoramaPanOffset(*settings.panoramaPanOffsetDegrees);
+    }
     view.setInputSize(static_cast<int>(input.width), static_cast<int>(input.height));
     view.setOutputSize(static_cast<int>(output.width), static_cast<int>(output.height));
     // Last, since mounting, view type and output shape bring their own limits and defaults for these.
@@ -105,8 +121,8 @@ custom::VirtualPtzSettings virtualPtzOf(const VirtualPtzOptions& options, float 
 }
 
 /// Sets all that the shader draws by besides its tables.
-void steer(custom::CCustomTransformShader& shader, const CustomViewSettings& settings, double effectLevel,
-           float outputAspect) {
+void steer(custom::CCustomTransformShader& shader, const CustomViewSettings& settings,
+           std::optional<double> effectLevel, float outputAspect) {
     shader.setVirtualPtz(virtualPtzOf(settings.virtualPtz, outputAspect));
     custom::BoundedRectangle rectangle;
     if (const auto& edges = settings.viewRectangle) {
@@ -117,30 +133,32 @@ void steer(custom::CCustomTransformShader& shader, const CustomViewSettings& set
     }
     shader.setViewRectangle(rectangle);
     shader.setOutputAspect(outputAspect);
-    requireStep(shader.setControlType(settings.controlType), "choosing the control");
-    requireStep(shader.setEffectLevel(static_cast<float>(effectLevel)), "setting the effect level");
+    requireStep(shader.setControlType(geometryOf(settings.controlType)), "choosing the control");
+    if (effectLevel) {
+        requireStep(shader.setEffectLevel(static_cast<float>(*effectLevel)), "setting the effect level");
+    }
 }
 
 } // namespace
 
 StillFrame drawOnDevice(const DeviceMaker& makeDevice, const StillJob& job) {
-    const bool isCustom = job.view.viewType == geometry::ViewType::custom;
+    const bool isCustom = job.view.viewType == ViewType::custom;
     const diagnostics::ObjectLog log = openRendererLog();
     custom::CCustomTransformShader shader(log);
     if (isCustom) {
         loadTables(shader, job.customView.tables.value(), log);
     }
-    const render::InputFormat& input = job.input.format;
+    const host::VideoFormat& input = job.input.format;
     const geometry::CViewState view = makeView(
-        job.view, {static_cast<std::uint32_t>(input.width), static_cast<std::uint32_t>(input.height)},
+        job.view,
+        {static_cast<std::uint32_t>(input.width), static_cast<std::uint32_t>(std::abs(input.height))},
         shader.tableAspect());
     if (isCustom) {
         steer(shader, job.customView, job.view.effectLevel, view.outputAspect());
     }
     const geometry::PictureSize size = view.outputSize();
-    const render::OutputFormat output =
-        outputFrameFormat(job.frames.outputFormat, static_cast<int>(size.width),
-                          static_cast<int>(size.height), job.frames.isOutputBottomUp);
+    const host::VideoFormat output = frameFormat(job.frames.outputFormat, static_cast<int>(size.width),
+                                                 static_cast<int>(size.height), job.frames.isOutputBottomUp);
     return {output, runFrame(makeDevice, log,
                              {job.input, output, view, isCustom ? &shader : nullptr, job.isBypassed})};
 }

@@ -1,6 +1,6 @@
 #include "apps/tarvo-render/FrameRun.h"
 
-#include "apps/tarvo-dewarp/FrameCoding.h"
+#include "apps/tarvo-render/RenderRecords.h"
 #include "render/DewarpPixelShader.h"
 #include "render/FrameRenderer.h"
 #ifdef _WIN32
@@ -40,7 +40,7 @@ std::unique_ptr<render::IRenderDevice> makeUsualDevice(const diagnostics::Object
 
 std::vector<std::byte> runFrame(const DeviceMaker& makeDevice, const diagnostics::ObjectLog& log,
                                 const FrameJob& job) {
-    std::vector<std::byte> delivered(frameBytes(job.output));
+    std::vector<std::byte> delivered(job.output.frameBytes);
     // Both shaders outlive the renderer, which tells its one when the device goes.
     render::CDewarpPixelShader dewarpShader(job.view.parameters(), log);
     render::IShader* shader = &dewarpShader;
@@ -51,8 +51,9 @@ std::vector<std::byte> runFrame(const DeviceMaker& makeDevice, const diagnostics
     if (!renderer.isAvailable()) {
         throw RenderError("DirectX 11 is not installed");
     }
-    requireStep(renderer.InitDirect3D(job.input.format, job.output, job.view, *shader),
-                "opening the render device");
+    requireStep(
+        renderer.InitDirect3D(inputFormatOf(job.input.format), outputFormatOf(job.output), job.view, *shader),
+        "opening the render device");
     requireStep(renderer.UploadInputFrame(job.input.bytes), "handing over the frame");
     requireStep(renderer.RenderFrame(job.view, *shader, job.isBypassed), "rendering");
     requireStep(renderer.ReadBackOutputFrame(delivered, nullptr), "reading the picture back");

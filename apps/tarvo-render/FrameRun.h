@@ -4,7 +4,6 @@
 #include "custom/tables/CustomTransformShader.h"
 #include "diagnostics/ObjectLog.h"
 #include "geometry/ViewState.h"
-#include "render/FrameFormat.h"
 #include "render/RenderDevice.h"
 
 #include <cstddef>
@@ -34,7 +33,7 @@ void requireStep(HRESULT result, const char* step);
 
 struct FrameJob {
     const InputFrame& input;
-    render::OutputFormat output;
+    const host::VideoFormat& output;
     const geometry::CViewState& view;
     custom::CCustomTransformShader* customShader = nullptr; ///< draws the custom view, which needs it
     bool isBypassed = false;

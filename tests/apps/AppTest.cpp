@@ -1,7 +1,7 @@
 #include "tests/apps/AppTest.h"
 
 #include "apps/tarvo-dewarp/PictureFile.h"
-#include "apps/tarvo-dewarp/TarvoDewarp.h"
+#include "apps/tarvo-dewarp/program/TarvoDewarp.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -52,8 +52,8 @@ void writeBytes(const fs::path& path, std::string_view text) {
     }
 }
 
-render::Picture colourfulPicture(int width, int height) {
-    render::Picture picture(width, height);
+Picture colourfulPicture(int width, int height) {
+    Picture picture(width, height);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             picture.at(x, y) = {static_cast<std::uint8_t>(x * 7 + y * 3),
@@ -64,7 +64,7 @@ render::Picture colourfulPicture(int width, int height) {
     return picture;
 }
 
-double meanDifference(const render::Picture& a, const render::Picture& b) {
+double meanDifference(const Picture& a, const Picture& b) {
     if (a.width != b.width || a.height != b.height) {
         throw std::invalid_argument("the pictures differ in size");
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/Picture.h"
+#include "apps/tarvo-dewarp/Picture.h"
 
 #include <gtest/gtest.h>
 
@@ -31,10 +31,10 @@ void writeBytes(const std::filesystem::path& path, const std::vector<std::uint8_
 void writeBytes(const std::filesystem::path& path, std::string_view text);
 
 /// An opaque picture in which every pixel differs from its neighbours.
-render::Picture colourfulPicture(int width, int height);
+Picture colourfulPicture(int width, int height);
 
 /// Mean difference of the colour channels of two pictures of the same size.
-double meanDifference(const render::Picture& a, const render::Picture& b);
+double meanDifference(const Picture& a, const Picture& b);
 
 /// Gives each test an empty directory of its own.
 class CAppTest : public testing::Test {

@@ -9,7 +9,6 @@
 namespace tarvo::apps {
 namespace {
 
-using render::Picture;
 using testing::HasSubstr;
 
 /// `still` with the custom view.

@@ -1,5 +1,6 @@
 #include "apps/tarvo-dewarp/FrameCoding.h"
 
+#include "apps/tarvo-dewarp/video/FramePlanes.h"
 #include "render/colour/ConvertRGB32ToYV12.h"
 #include "render/colour/YuvToBgra.h"
 
@@ -11,11 +12,8 @@
 namespace tarvo::apps {
 namespace {
 
-using render::Bgra;
-using render::InputFormat;
-using render::OutputFormat;
-using render::Picture;
-using render::PixelFormat;
+using host::FramePixels;
+using host::VideoFormat;
 
 const std::uint8_t* bytesOf(const std::vector<std::byte>& frame) {
     return reinterpret_cast<const std::uint8_t*>(frame.data());
@@ -59,26 +57,25 @@ render::BgraTarget targetIn(Picture& picture) {
 }
 
 TEST(FrameCoding, layoutsHaveTheBytesOfTheirFormats) {
-    EXPECT_EQ(inputFrameFormat(PixelFormat::rgb32, 6, 4, true),
-              (InputFormat{PixelFormat::rgb32, 6, 4, 24, 96, true}));
-    EXPECT_EQ(inputFrameFormat(PixelFormat::yuy2, 6, 4, true),
-              (InputFormat{PixelFormat::yuy2, 6, 4, 12, 48, false}));
-    EXPECT_EQ(inputFrameFormat(PixelFormat::yv12, 6, 4, false),
-              (InputFormat{PixelFormat::yv12, 6, 4, 6, 36, false}));
+    EXPECT_EQ(frameFormat(FramePixels::rgb32, 6, 4, true), (VideoFormat{FramePixels::rgb32, 6, 4, 96}));
+    EXPECT_EQ(frameFormat(FramePixels::yuy2, 6, 4, true), (VideoFormat{FramePixels::yuy2, 6, 4, 48}));
+    EXPECT_EQ(frameFormat(FramePixels::yv12, 6, 4, false), (VideoFormat{FramePixels::yv12, 6, 4, 36}));
     // 5 x 3 rows of 6 bytes, chroma 2 x 1: the planes are found at two thirds and a quarter of that.
-    const InputFormat odd = inputFrameFormat(PixelFormat::yv12, 5, 3, false);
+    const VideoFormat odd = frameFormat(FramePixels::yv12, 5, 3, false);
     EXPECT_EQ(odd.frameBytes, 27U);
-    EXPECT_EQ(render::yv12Plane(odd, 0), (render::PlaneFormat{5, 3, 6, 18}));
-    EXPECT_EQ(render::yv12Plane(odd, 1), (render::PlaneFormat{2, 1, 3, 4}));
-    EXPECT_EQ(inputFrameFormat(PixelFormat::yv12, 6, 4, false, 10).frameBytes, 60U);
-    EXPECT_EQ(frameBytes(outputFrameFormat(PixelFormat::rgb32, 6, 4, false)), 96U);
-    EXPECT_EQ(frameBytes(outputFrameFormat(PixelFormat::yv12, 6, 4, false)), 36U);
+    const video::Yv12Planes planes = video::yv12Planes(odd);
+    EXPECT_EQ(planes.luma, (video::Plane{0, 6, 5, 3}));
+    EXPECT_EQ(planes.red, (video::Plane{18, 3, 2, 1}));
+    EXPECT_EQ(planes.blue, (video::Plane{22, 3, 2, 1}));
+    EXPECT_EQ(frameFormat(FramePixels::yv12, 6, 4, false, 10).frameBytes, 60U);
+    EXPECT_EQ(frameFormat(FramePixels::rgb32, 6, 4, false), (VideoFormat{FramePixels::rgb32, 6, -4, 96}));
+    EXPECT_EQ(frameFormat(FramePixels::yv12, 6, 4, true), (VideoFormat{FramePixels::yv12, 6, 4, 36}));
 }
 
 TEST(FrameCoding, rgb32CarriesEveryByte) {
     const Picture picture = blocks(5, 3);
     for (const bool isBottomUp : {false, true}) {
-        const InputFormat format = inputFrameFormat(PixelFormat::rgb32, 5, 3, isBottomUp, 23);
+        const VideoFormat format = frameFormat(FramePixels::rgb32, 5, 3, isBottomUp, 23);
         const std::vector<std::byte> frame = encodeFrame(picture, format);
         ASSERT_EQ(frame.size(), 69U);
         const Bgra first = picture.at(0, 0);
@@ -87,7 +84,7 @@ TEST(FrameCoding, rgb32CarriesEveryByte) {
         EXPECT_EQ(std::to_integer<int>(frame[at + 1]), first.green);
         EXPECT_EQ(std::to_integer<int>(frame[at + 2]), first.red);
         EXPECT_EQ(std::to_integer<int>(frame[at + 3]), 255);
-        expectClose(decodeFrame(frame, {PixelFormat::rgb32, 5, 3, 23, isBottomUp}), picture, 0);
+        expectClose(decodeFrame(frame, format), picture, 0);
     }
 }
 
@@ -97,7 +94,7 @@ TEST(FrameCoding, yv12InputComesBackThroughTheComponentsConversion) {
     for (int i = 0; i < 24; ++i) {
         const Picture picture(12, 8, colours.at(i % 6 * 2, i / 6 * 2));
         const std::vector<std::byte> frame =
-            encodeFrame(picture, inputFrameFormat(PixelFormat::yv12, 12, 8, false, 16));
+            encodeFrame(picture, frameFormat(FramePixels::yv12, 12, 8, false, 16));
         Picture shown(12, 8);
         const std::uint8_t* const bytes = bytesOf(frame);
         render::convertYv12ToBgra({12, 8, {bytes, bytes + 128, bytes + 160}, {16, 8, 8}}, targetIn(shown),
@@ -108,8 +105,7 @@ TEST(FrameCoding, yv12InputComesBackThroughTheComponentsConversion) {
 
 TEST(FrameCoding, yuy2InputComesBackThroughTheComponentsConversion) {
     const Picture picture = blocks(12, 8);
-    const std::vector<std::byte> frame =
-        encodeFrame(picture, inputFrameFormat(PixelFormat::yuy2, 12, 8, false));
+    const std::vector<std::byte> frame = encodeFrame(picture, frameFormat(FramePixels::yuy2, 12, 8, false));
     Picture shown(12, 8);
     render::convertYuy2ToBgra({12, 8, bytesOf(frame), frame.size()}, targetIn(shown), {0, 0, 12, 8});
     expectClose(shown, picture, 2);
@@ -117,8 +113,8 @@ TEST(FrameCoding, yuy2InputComesBackThroughTheComponentsConversion) {
 
 TEST(FrameCoding, deliveredYv12ComesBackAsThePictureItWasMadeFrom) {
     const Picture picture = blocks(12, 8);
-    const OutputFormat format = outputFrameFormat(PixelFormat::yv12, 12, 8, false);
-    std::vector<std::byte> frame(frameBytes(format));
+    const VideoFormat format = frameFormat(FramePixels::yv12, 12, 8, false);
+    std::vector<std::byte> frame(format.frameBytes);
     auto* const bytes = reinterpret_cast<std::uint8_t*>(frame.data());
     ASSERT_EQ(render::ConvertRGB32ToYV12(&picture.pixels.front().blue, 48,
                                          {bytes, bytes + 12 * 8 * 5 / 4, bytes + 12 * 8}, {12, 6, 6},

@@ -10,7 +10,6 @@
 namespace tarvo::apps {
 namespace {
 
-using render::Picture;
 using testing::HasSubstr;
 
 /// `still` with frames of every form.
@@ -112,6 +111,14 @@ TEST_F(FrameOptions, paddingOfRawRowsIsSkipped) {
 TEST_F(FrameOptions, deliveredYv12HasThreePlanes) {
     ASSERT_EQ(still(sceneFile(), "out.raw", with({"--output-format", "yv12"})).status, 0);
     EXPECT_EQ(readBytes(file("out.raw")).size(), 64U * 48U * 3U / 2U);
+}
+
+// A row of odd width is padded by a byte, which is no pixel.
+TEST_F(FrameOptions, deliveredYv12OfOddWidthIsTheSameView) {
+    const std::string input = sceneFile();
+    const Picture plain = view(input, {"--output-width", "161"});
+    ASSERT_EQ(plain.width, 161);
+    EXPECT_LE(meanDifference(view(input, {"--output-width", "161", "--output-format", "yv12"}), plain), 5.0);
 }
 
 TEST_F(FrameOptions, refusesWhatDoesNotFit) {

@@ -25,7 +25,7 @@ using testing::HasSubstr;
 
 class PictureFile : public CAppTest {
 protected:
-    render::Picture readBack(const std::vector<std::uint8_t>& bytes) const {
+    Picture readBack(const std::vector<std::uint8_t>& bytes) const {
         writeBytes(file("bytes"), bytes);
         return readPicture(file("bytes"));
     }
@@ -79,9 +79,9 @@ std::vector<std::uint8_t> pngHead(std::uint32_t width, std::uint32_t height) {
 TEST_F(PictureFile, comesBackAsItWasWritten) {
     const std::vector<std::pair<int, int>> sizes{{1, 1}, {1, 10000}, {10000, 1}, {3, 5}, {64, 48}};
     for (const auto& [width, height] : sizes) {
-        const render::Picture picture = colourfulPicture(width, height);
+        const Picture picture = colourfulPicture(width, height);
         writePng(file("a.png"), picture);
-        const render::Picture back = readPicture(file("a.png"));
+        const Picture back = readPicture(file("a.png"));
         EXPECT_EQ(back.width, width);
         EXPECT_EQ(back.height, height);
         EXPECT_EQ(back.pixels, picture.pixels);
@@ -118,34 +118,31 @@ TEST_F(PictureFile, mayHaveAnyName) {
 }
 
 TEST_F(PictureFile, isWrittenWithoutItsAlpha) {
-    render::Picture picture(2, 1);
+    Picture picture(2, 1);
     picture.pixels = {{10, 20, 30, 0}, {40, 50, 60, 128}};
     writePng(file("a.png"), picture);
-    EXPECT_THAT(readPicture(file("a.png")).pixels,
-                ElementsAre(render::Bgra{10, 20, 30, 255}, render::Bgra{40, 50, 60, 255}));
+    EXPECT_THAT(readPicture(file("a.png")).pixels, ElementsAre(Bgra{10, 20, 30, 255}, Bgra{40, 50, 60, 255}));
 }
 
 TEST_F(PictureFile, isReadWithoutItsAlpha) {
     const std::vector<std::uint8_t> colours{30, 20, 10, 0, 60, 50, 40, 128};
     std::vector<std::uint8_t> bytes;
     stbi_write_png_to_func(append, &bytes, 2, 1, 4, colours.data(), 8);
-    EXPECT_THAT(readBack(bytes).pixels,
-                ElementsAre(render::Bgra{10, 20, 30, 255}, render::Bgra{40, 50, 60, 255}));
+    EXPECT_THAT(readBack(bytes).pixels, ElementsAre(Bgra{10, 20, 30, 255}, Bgra{40, 50, 60, 255}));
 }
 
 TEST_F(PictureFile, mayBeGrey) {
     const std::vector<std::uint8_t> greys{7, 200};
     std::vector<std::uint8_t> bytes;
     stbi_write_png_to_func(append, &bytes, 2, 1, 1, greys.data(), 2);
-    EXPECT_THAT(readBack(bytes).pixels,
-                ElementsAre(render::Bgra{7, 7, 7, 255}, render::Bgra{200, 200, 200, 255}));
+    EXPECT_THAT(readBack(bytes).pixels, ElementsAre(Bgra{7, 7, 7, 255}, Bgra{200, 200, 200, 255}));
 }
 
 TEST_F(PictureFile, mayBeAJpeg) {
-    const render::Picture picture = readBack(flatJpeg(17, 9));
+    const Picture picture = readBack(flatJpeg(17, 9));
     ASSERT_EQ(picture.width, 17);
     ASSERT_EQ(picture.height, 9);
-    for (const render::Bgra& pixel : picture.pixels) {
+    for (const Bgra& pixel : picture.pixels) {
         // The way to luminance and chrominance and back rounds each channel.
         EXPECT_NEAR(pixel.red, 200, 3);
         EXPECT_NEAR(pixel.green, 100, 3);

@@ -10,7 +10,6 @@ namespace tarvo::apps {
 namespace {
 
 using namespace std::string_view_literals;
-using render::Bgra;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -24,14 +23,14 @@ std::string failure(std::string_view text) {
 }
 
 TEST(PnmPicture, isReadInColour) {
-    const render::Picture picture = decodePnm(bytesOf("P6\n2 1\n255\n\x01\x02\x03\xFD\xFE\xFF"sv));
+    const Picture picture = decodePnm(bytesOf("P6\n2 1\n255\n\x01\x02\x03\xFD\xFE\xFF"sv));
     EXPECT_EQ(picture.width, 2);
     EXPECT_EQ(picture.height, 1);
     EXPECT_THAT(picture.pixels, ElementsAre(Bgra{3, 2, 1, 255}, Bgra{255, 254, 253, 255}));
 }
 
 TEST(PnmPicture, isReadInGreyWithCommentsAndAnySpace) {
-    const render::Picture picture =
+    const Picture picture =
         decodePnm(bytesOf("P5 # grey\n# made by hand\r\n\t1#\n 3\v255 \x00\x80\xFF and more"sv));
     EXPECT_EQ(picture.width, 1);
     EXPECT_EQ(picture.height, 3);

@@ -92,7 +92,7 @@ TEST(RemapMap, namesPixelsByTheirCentres) {
 
 TEST(RemapMap, comesBackFromATable) {
     std::mt19937 random(3);
-    for (const geometry::PictureSize input : {geometry::PictureSize{1, 1}, {2592, 1944}, {16384, 16383}}) {
+    for (const PictureSize input : {PictureSize{1, 1}, {2592, 1944}, {16384, 16383}}) {
         RemapMap x{40, 30, {}};
         RemapMap y{40, 30, {}};
         for (int i = 0; i < 40 * 30; ++i) {

@@ -7,8 +7,6 @@
 namespace tarvo::apps {
 namespace {
 
-using render::opaqueBlack;
-using render::Picture;
 using testing::HasSubstr;
 
 class StillCommand : public CAppTest {
@@ -126,8 +124,8 @@ TEST_F(StillCommand, mayOnlyScale) {
         still(fileText("white.png"), {"--bypass", "--output-width", "16", "--output-height", "16"});
     EXPECT_EQ(picture.at(8, 0), opaqueBlack);
     EXPECT_EQ(picture.at(8, 15), opaqueBlack);
-    EXPECT_EQ(picture.at(0, 8), (render::Bgra{255, 255, 255, 255}));
-    EXPECT_EQ(picture.at(15, 8), (render::Bgra{255, 255, 255, 255}));
+    EXPECT_EQ(picture.at(0, 8), (Bgra{255, 255, 255, 255}));
+    EXPECT_EQ(picture.at(15, 8), (Bgra{255, 255, 255, 255}));
 }
 
 TEST_F(StillCommand, passesEveryOptionOn) {
@@ -177,7 +175,7 @@ TEST_F(StillCommand, takesPgmAndPpm) {
     std::string greys = "P5 40 30 255\n";
     Picture grey(40, 30);
     for (std::size_t i = 0; i < colourful.pixels.size(); ++i) {
-        const render::Bgra& pixel = colourful.pixels[i];
+        const Bgra& pixel = colourful.pixels[i];
         for (const std::uint8_t sample : {pixel.red, pixel.green, pixel.blue}) {
             colours += static_cast<char>(sample);
         }

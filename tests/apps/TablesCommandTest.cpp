@@ -1,4 +1,4 @@
-#include "apps/tarvo-dewarp/tables/LookupTable.h"
+#include "apps/tarvo-dewarp/LookupTable.h"
 #include "apps/tarvo-dewarp/tables/TableProjection.h"
 #include "custom/tables/CustomTransformShader.h"
 #include "geometry/Enumerations.h"

@@ -24,7 +24,7 @@ protected:
 
 TEST_F(TarvoRender, everyDeviceShowsTheSameView) {
     ASSERT_EQ(run({"scene", fileText("scene.png"), "--size", "160x120"}).status, 0);
-    std::vector<render::Picture> pictures;
+    std::vector<Picture> pictures;
     for (const std::string device : {"software", "reference"}) {
         const Outcome outcome =
             render({"still", fileText("scene.png"), fileText("out.png"), "--device", device, "--pan", "20",

@@ -116,7 +116,7 @@ std::vector<std::uint8_t> encodeMap(const RemapMap& map) {
     return bytes;
 }
 
-LookupTable tableOfMaps(const RemapMap& x, const RemapMap& y, geometry::PictureSize input) {
+LookupTable tableOfMaps(const RemapMap& x, const RemapMap& y, PictureSize input) {
     LookupTable table{x.width, x.height, {}};
     table.entries.resize(x.pixels.size());
     for (std::size_t i = 0; i < table.entries.size(); ++i) {
@@ -130,7 +130,7 @@ LookupTable tableOfMaps(const RemapMap& x, const RemapMap& y, geometry::PictureS
     return table;
 }
 
-RemapMaps mapsOfTable(const LookupTable& table, geometry::PictureSize input) {
+RemapMaps mapsOfTable(const LookupTable& table, PictureSize input) {
     RemapMaps maps{{table.width, table.height, {}}, {table.width, table.height, {}}};
     maps.x.pixels.reserve(table.entries.size());
     maps.y.pixels.reserve(table.entries.size());

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "apps/tarvo-dewarp/tables/LookupTable.h"
-#include "geometry/OutputSize.h"
+#include "apps/tarvo-dewarp/LookupTable.h"
+#include "apps/tarvo-dewarp/Values.h"
 
 #include <cstdint>
 #include <span>
@@ -29,7 +29,7 @@ std::vector<std::uint8_t> encodeMap(const RemapMap& map);
 
 /// The table whose cells look at the centres of the pixels that the maps, of one size, name; what is outside
 /// the input has no weight. Cells and pixels of the maps correspond one to one. Throws std::bad_alloc.
-LookupTable tableOfMaps(const RemapMap& x, const RemapMap& y, geometry::PictureSize input);
+LookupTable tableOfMaps(const RemapMap& x, const RemapMap& y, PictureSize input);
 
 struct RemapMaps {
     RemapMap x;
@@ -38,6 +38,6 @@ struct RemapMaps {
 
 /// The maps that name the pixels which the table's cells look at. Throws CodingError for a table with weights
 /// between none and all, which maps cannot say; std::bad_alloc.
-RemapMaps mapsOfTable(const LookupTable& table, geometry::PictureSize input);
+RemapMaps mapsOfTable(const LookupTable& table, PictureSize input);
 
 } // namespace tarvo::apps

@@ -1,10 +1,11 @@
 #include "apps/tarvo-dewarp/tables/TableCommands.h"
 
+#include "apps/tarvo-dewarp/LookupTable.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
 #include "apps/tarvo-dewarp/OutputArgument.h"
 #include "apps/tarvo-dewarp/PictureCoding.h"
 #include "apps/tarvo-dewarp/WholeFile.h"
-#include "apps/tarvo-dewarp/tables/LookupTable.h"
+#include "apps/tarvo-dewarp/geometry/GeometryValues.h"
 #include "apps/tarvo-dewarp/tables/RemapMap.h"
 #include "apps/tarvo-dewarp/tables/TableProjection.h"
 
@@ -72,7 +73,7 @@ void addTablesOutput(CLI::App& command, fs::path& target) {
         ->required();
 }
 
-void addInputSize(CLI::App& command, geometry::PictureSize& target) {
+void addInputSize(CLI::App& command, PictureSize& target) {
     addValue(command, "--input-size", target, readSize, "WIDTHxHEIGHT",
              "Size of the pictures that are looked at, pixels.")
         ->required();
@@ -83,12 +84,25 @@ struct TablesSettings {
     TableView view;
 };
 
+// The records of the view are the geometry's.
+geometry::PictureSize readPixels(const std::string& option, const std::string& text) {
+    return geometryOf(readSize(option, text));
+}
+
+geometry::LensProfile readLens(const std::string& option, const std::string& text) {
+    return geometryOf(readLensProfile(option, text));
+}
+
+geometry::TiltOrientation readMounting(const std::string& option, const std::string& text) {
+    return geometryOf(readTiltOrientation(option, text));
+}
+
 struct RemapSettings {
     std::string table;
     fs::path output;
     fs::path x;
     fs::path y;
-    geometry::PictureSize input{};
+    PictureSize input{};
 };
 
 void convertFromRemap(const RemapSettings& settings) {
@@ -123,13 +137,13 @@ Command addTablesCommand(CLI::App& program) {
     addTablesOutput(command, settings->output);
     addValue(command, "--projection", view.projection, readProjection, "NAME",
              "rectilinear (default), the component's single view; cylindrical; or\nequirectangular.");
-    addValue(command, "--grid", view.grid, readSize, "WIDTHxHEIGHT",
+    addValue(command, "--grid", view.grid, readPixels, "WIDTHxHEIGHT",
              "Cells of the table, at most 33554432; the picture it makes has its shape.\nDefault 64x48.");
-    addValue(command, "--input-size", view.input, readSize, "WIDTHxHEIGHT",
+    addValue(command, "--input-size", view.input, readPixels, "WIDTHxHEIGHT",
              "Size of the fisheye picture, pixels. Default 2592x1944.");
-    addValue(command, "--tilt-orientation", view.tiltOrientation, readTiltOrientation, "NAME",
+    addValue(command, "--tilt-orientation", view.tiltOrientation, readMounting, "NAME",
              "How the camera is mounted: wall (default, as is undef), ceiling or desk.");
-    addValue(command, "--lens-profile", view.lensProfile, readLensProfile, "A,B,C",
+    addValue(command, "--lens-profile", view.lensProfile, readLens, "A,B,C",
              "Lens polynomial r = A*t^3 + B*t^2 + C*t: t is the angle from the lens axis in\n"
              "radians, r the distance from the picture's centre in picture heights.\n"
              "Default -0.022619,0.014994,0.368175.");

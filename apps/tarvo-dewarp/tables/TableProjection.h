@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/tarvo-dewarp/tables/LookupTable.h"
+#include "apps/tarvo-dewarp/LookupTable.h"
 #include "geometry/Enumerations.h"
 #include "geometry/LensProfile.h"
 #include "geometry/OutputSize.h"

@@ -13,6 +13,8 @@ struct Plane {
     std::size_t stride = 0;
     std::size_t width = 0; ///< bytes of a row that mean something
     std::size_t height = 0;
+
+    friend constexpr bool operator==(const Plane&, const Plane&) = default;
 };
 
 /// The planes of a YV12 frame as the transform finds them. Of odd sides the last column or row has no colour

@@ -1,4 +1,4 @@
-#include "apps/tarvo-dewarp/TarvoDewarp.h"
+#include "apps/tarvo-dewarp/program/TarvoDewarp.h"
 
 #include <cstdio>
 #include <exception>

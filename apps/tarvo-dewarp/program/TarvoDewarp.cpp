@@ -1,9 +1,10 @@
-#include "apps/tarvo-dewarp/TarvoDewarp.h"
+#include "apps/tarvo-dewarp/program/TarvoDewarp.h"
 
 #include "apps/tarvo-dewarp/Commands.h"
 #include "apps/tarvo-dewarp/HostStill.h"
 #include "apps/tarvo-dewarp/ModuleCommands.h"
 #include "apps/tarvo-dewarp/ModuleOption.h"
+#include "apps/tarvo-dewarp/scene/SceneCommand.h"
 #include "apps/tarvo-dewarp/tables/TableCommands.h"
 
 #include <memory>

@@ -1,8 +1,10 @@
-#include "apps/tarvo-dewarp/Commands.h"
+#include "apps/tarvo-dewarp/scene/SceneCommand.h"
+
 #include "apps/tarvo-dewarp/FrameCoding.h"
 #include "apps/tarvo-dewarp/OptionValues.h"
 #include "apps/tarvo-dewarp/OutputArgument.h"
 #include "apps/tarvo-dewarp/PictureFile.h"
+#include "apps/tarvo-dewarp/geometry/GeometryValues.h"
 #include "apps/tarvo-dewarp/video/Interruption.h"
 #include "apps/tarvo-dewarp/video/Progress.h"
 #include "apps/tarvo-dewarp/video/VideoFiles.h"
@@ -19,15 +21,15 @@
 namespace tarvo::apps {
 namespace {
 
-constexpr geometry::PictureSize fisheyeSize{2592, 1944};
-constexpr geometry::PictureSize perspectiveSize{1024, 768};
-constexpr geometry::PictureSize clipSize{640, 480};
+constexpr PictureSize fisheyeSize{2592, 1944};
+constexpr PictureSize perspectiveSize{1024, 768};
+constexpr PictureSize clipSize{640, 480};
 
 struct SceneSettings {
     std::string output;
-    std::optional<geometry::PictureSize> size;
-    geometry::TiltOrientation tiltOrientation = geometry::TiltOrientation::wall;
-    std::optional<geometry::LensProfile> lensProfile;
+    std::optional<PictureSize> size;
+    TiltOrientation tiltOrientation = TiltOrientation::wall;
+    std::optional<LensProfile> lensProfile;
     std::optional<double> maxAngleDegrees;
     double timeSeconds = 0.0;
     std::optional<ThreeNumbers> perspective;
@@ -59,38 +61,48 @@ ThreeNumbers readPerspective(const std::string& option, const std::string& text)
 }
 
 /// The lens of a scene must have a picture, unlike that of a view: a profile falling at the centre has none.
-geometry::LensProfile readSceneLens(const std::string& option, const std::string& text) {
-    const geometry::LensProfile profile = readLensProfile(option, text);
+LensProfile readSceneLens(const std::string& option, const std::string& text) {
+    const LensProfile profile = readLensProfile(option, text);
     try {
-        scene::CFisheyeLens(profile, 180.0);
+        scene::CFisheyeLens(geometryOf(profile), 180.0);
     } catch (const std::invalid_argument&) {
         refuseValue(option, text, "a profile A,B,C whose radius rises at the picture's centre");
     }
     return profile;
 }
 
-geometry::PictureSize sizeOf(const SceneSettings& settings) {
+PictureSize sizeOf(const SceneSettings& settings) {
     if (settings.size) {
         return *settings.size;
     }
     return settings.clipSeconds ? clipSize : settings.perspective ? perspectiveSize : fisheyeSize;
 }
 
-render::Picture drawScene(const SceneSettings& settings, double timeSeconds) {
+/// What the scene is drawn into, as a picture of this program.
+Picture pictureOf(const render::Picture& drawn) {
+    Picture picture(drawn.width, drawn.height);
+    std::ranges::transform(drawn.pixels, picture.pixels.begin(), [](const render::Bgra& pixel) {
+        return Bgra{pixel.blue, pixel.green, pixel.red, pixel.alpha};
+    });
+    return picture;
+}
+
+Picture drawScene(const SceneSettings& settings, double timeSeconds) {
     const scene::CRoom room(timeSeconds);
-    scene::FisheyeCamera camera = scene::defaultCamera(settings.tiltOrientation);
-    const geometry::PictureSize size = sizeOf(settings);
+    scene::FisheyeCamera camera = scene::defaultCamera(geometryOf(settings.tiltOrientation));
+    const PictureSize size = sizeOf(settings);
     const int width = static_cast<int>(size.width);
     const int height = static_cast<int>(size.height);
     if (settings.perspective) {
         const auto [pan, tilt, fieldOfView] = *settings.perspective;
-        return scene::renderPerspective(
-            room, scene::squarePixelView(camera.position, pan, tilt, fieldOfView, width, height), width,
-            height);
+        const auto view = scene::squarePixelView(camera.position, pan, tilt, fieldOfView, width, height);
+        return pictureOf(scene::renderPerspective(room, view, width, height));
     }
-    camera.lens = settings.lensProfile.value_or(camera.lens);
+    if (settings.lensProfile) {
+        camera.lens = geometryOf(*settings.lensProfile);
+    }
     camera.maxAngleDegrees = settings.maxAngleDegrees.value_or(camera.maxAngleDegrees);
-    return scene::renderFisheye(room, camera, width, height);
+    return pictureOf(scene::renderFisheye(room, camera, width, height));
 }
 
 void writePicture(const SceneSettings& settings) {
@@ -101,7 +113,7 @@ void writePicture(const SceneSettings& settings) {
 
 /// In YUV4MPEG2 the colours are those that the component sees again; other files get them as they are.
 void writeClip(const SceneSettings& settings, std::ostream& out) {
-    const geometry::PictureSize size = sizeOf(settings);
+    const PictureSize size = sizeOf(settings);
     const int width = static_cast<int>(size.width);
     const int height = static_cast<int>(size.height);
     const bool isY4m = video::isY4mName(settings.output);
@@ -110,8 +122,6 @@ void writeClip(const SceneSettings& settings, std::ostream& out) {
     const video::VideoOutput clip{host::makeVideoFormat(pixels, width, isY4m ? height : -height),
                                   settings.clipRate, true};
     const auto sink = video::createVideo(settings.output, clip, "", out);
-    const render::InputFormat format = inputFrameFormat(
-        isY4m ? render::PixelFormat::yv12 : render::PixelFormat::rgb32, width, height, false);
     const std::int64_t frames =
         std::max(std::llround(*settings.clipSeconds * settings.clipRate.perSecond()), 1LL);
     video::CProgress progress(video::terminalForProgress(), frames);
@@ -119,7 +129,7 @@ void writeClip(const SceneSettings& settings, std::ostream& out) {
         video::CInterruption::check();
         const std::int64_t start = startOf(i, settings.clipRate);
         const double seconds = static_cast<double>(i) / settings.clipRate.perSecond();
-        sink->put(encodeFrame(drawScene(settings, settings.timeSeconds + seconds), format), start,
+        sink->put(encodeFrame(drawScene(settings, settings.timeSeconds + seconds), clip.format), start,
                   startOf(i + 1, settings.clipRate) - start);
         progress.frameDone();
     }
