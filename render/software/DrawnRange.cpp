@@ -3,13 +3,9 @@
 #include "render/software/TiledPicture.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace tarvo::render::software {
 namespace {
-
-constexpr int mostTilesOfNeighbours = 6;
-constexpr int everyTile = std::numeric_limits<int>::max();
 
 template<typename Element>
 Element* elements(const CAlignedBytes& bytes) {
@@ -134,14 +130,36 @@ bool CDrawnRange::isStraightPiece(std::ptrdiff_t slot, int count) const {
     return true;
 }
 
+CDrawnRange::TileBox CDrawnRange::tilesOf(const GroupBox& box) const noexcept {
+    const SampledWindow& window = m_positionKey.window;
+    const auto tile = [](int place, int size) {
+        return static_cast<unsigned>(place) / static_cast<unsigned>(size);
+    };
+    // With the neighbours to the right and below, which the last pixels do not have.
+    return {tile(window.left + box.left, tileWidth), tile(window.top + box.top, tileHeight),
+            tile(window.left + std::min(box.right + 1, window.width - 1), tileWidth),
+            tile(window.top + std::min(box.bottom + 1, window.height - 1), tileHeight)};
+}
+
 void CDrawnRange::touch(const GroupBox* boxes, std::ptrdiff_t slot, int count,
                         std::span<std::uint64_t> tiles) const noexcept {
+    constexpr unsigned mostTilesOfNeighbours = 6;
+    TileBox last{1, 1, 0, 0};
     // The tiles of the box around a few neighbours are as good as always those that they look at; where the
     // projection tears neighbours apart, they are taken one by one.
     for (int begin = 0; begin < count; begin += groupLength) {
         const GroupBox& box = boxes[begin / groupLength];
-        if (box.left > box.right || touchBox(box, mostTilesOfNeighbours, tiles))
+        if (box.left > box.right)
             continue;
+        const TileBox touched = tilesOf(box);
+        if (touched == last)
+            continue;
+        if ((touched.right - touched.left + 1) * (touched.bottom - touched.top + 1) <=
+            mostTilesOfNeighbours) {
+            touchBox(touched, tiles);
+            last = touched;
+            continue;
+        }
         const std::int32_t* const first = offsets() + slot;
         const auto pitch = static_cast<std::int32_t>(m_positionKey.window.pitch);
         for (int i = begin; i < std::min(begin + groupLength, count); ++i) {
@@ -149,28 +167,17 @@ void CDrawnRange::touch(const GroupBox* boxes, std::ptrdiff_t slot, int count,
                 continue;
             const std::int32_t row = first[i] / pitch;
             const std::int32_t column = (first[i] - row * pitch) / 4;
-            touchBox({column, row, column, row}, everyTile, tiles);
+            touchBox(tilesOf({column, row, column, row}), tiles);
         }
     }
 }
 
-bool CDrawnRange::touchBox(const GroupBox& box, int most, std::span<std::uint64_t> tiles) const noexcept {
-    const SampledWindow& window = m_positionKey.window;
-    // With the neighbours to the right and below, which the last pixels do not have.
-    const int left = (window.left + box.left) / tileWidth;
-    const int top = (window.top + box.top) / tileHeight;
-    const int right = (window.left + std::min(box.right + 1, window.width - 1)) / tileWidth;
-    const int bottom = (window.top + std::min(box.bottom + 1, window.height - 1)) / tileHeight;
-    if ((right - left + 1) * (bottom - top + 1) > most)
-        return false;
-    const int columns = tileColumns(window.pictureWidth);
-    for (int row = top; row <= bottom; ++row) {
-        for (int column = left; column <= right; ++column) {
-            const auto tile = static_cast<std::size_t>(row * columns + column);
+void CDrawnRange::touchBox(const TileBox& box, std::span<std::uint64_t> tiles) const noexcept {
+    const auto columns = static_cast<unsigned>(tileColumns(m_positionKey.window.pictureWidth));
+    for (unsigned row = box.top; row <= box.bottom; ++row) {
+        for (unsigned tile = row * columns + box.left; tile <= row * columns + box.right; ++tile)
             tiles[tile / 64] |= std::uint64_t{1} << tile % 64;
-        }
     }
-    return true;
 }
 
 CDrawnRange* CDrawnRanges::find(const RasterKey& raster, const PositionKey& positions) {

@@ -102,10 +102,18 @@ private:
     void project(const Span& span, int y, int x, int count, const RowKernels& kernels, float* positionX,
                  float* positionY) const noexcept;
     bool isStraightPiece(std::ptrdiff_t slot, int count) const;
+    struct TileBox {
+        unsigned left;
+        unsigned top;
+        unsigned right;
+        unsigned bottom;
+
+        friend bool operator==(const TileBox&, const TileBox&) = default;
+    };
+    TileBox tilesOf(const GroupBox& box) const noexcept;
     void touch(const GroupBox* boxes, std::ptrdiff_t slot, int count,
                std::span<std::uint64_t> tiles) const noexcept;
-    /// Unless it has more than so many tiles.
-    bool touchBox(const GroupBox& box, int most, std::span<std::uint64_t> tiles) const noexcept;
+    void touchBox(const TileBox& box, std::span<std::uint64_t> tiles) const noexcept;
 
     RasterKey m_rasterKey;
     PositionKey m_positionKey;
