@@ -73,53 +73,64 @@ void convertPixel(int luma, float a, float b, std::uint8_t* target) {
 class CYv12Row {
 public:
     CYv12Row(const Yv12Source& source, std::uint8_t* target, int y)
-        : m_width(source.width), m_height(source.height), m_luma(source.planes[0] + y * source.steps[0]),
-          m_target(target), m_y(chromaNeighbours(y, source.height, source.height / 2)),
-          m_cr(chromaRow(source, 1, m_y)), m_cb(chromaRow(source, 2, m_y)) {}
+        : m_width(source.width), m_luma(source.planes[0] + y * source.steps[0]), m_target(target),
+          m_y(chromaNeighbours(y, source.height, source.height / 2)), m_cr(chromaRow(source, 1, m_y)),
+          m_cb(chromaRow(source, 2, m_y)) {}
 
-    void convert(int left, int right, const ColourKernels& kernels) const {
-        int x = left;
-        const int first = std::max(2, left + left % 2);
-        const int end = std::min(m_width - 2, right / 2 * 2);
-        // Vectors serve where all weights are quarters and no neighbour is missing.
-        if (m_width % 2 == 0 && m_height % 2 == 0 && first < end) {
-            convertPlainly(left, first);
-            x = first + firstThatServes(kernels, &ColourKernels::yv12ToBgra, stretch(first, end));
-        }
-        convertPlainly(x, right);
-    }
-
-private:
     void convertPlainly(int left, int right) const {
         for (int x = left; x < right; ++x) {
             const Neighbours neighbours = chromaNeighbours(x, m_width, m_width / 2);
-            convertPixel(m_luma[x], m_cr.sample(neighbours), m_cb.sample(neighbours), pixel(x));
+            convertPixel(m_luma[x], m_cr.sample(neighbours), m_cb.sample(neighbours),
+                         m_target + static_cast<std::ptrdiff_t>(x) * 4);
         }
     }
 
-    Yv12Stretch stretch(int first, int end) const {
-        // The share is a quarter or three quarters, or nothing in the first row, where both are the same.
-        const bool upperIsNear = m_y.share < 0.5F;
-        const int x = first / 2;
-        return {m_luma + first,
-                (upperIsNear ? m_cr.upper : m_cr.lower) + x,
-                (upperIsNear ? m_cr.lower : m_cr.upper) + x,
-                (upperIsNear ? m_cb.upper : m_cb.lower) + x,
-                (upperIsNear ? m_cb.lower : m_cb.upper) + x,
-                pixel(first),
-                end - first};
-    }
-
-    std::uint8_t* pixel(int x) const { return m_target + static_cast<std::ptrdiff_t>(x) * 4; }
-
+private:
     int m_width;
-    int m_height;
     const std::uint8_t* m_luma;
     std::uint8_t* m_target;
     Neighbours m_y;
     ChromaRow m_cr;
     ChromaRow m_cb;
 };
+
+/// What of a row of a picture of even width and height has weights of quarters and neighbours on either side,
+/// from an even column on. Small areas consist of many short rows, so nothing is worked out that can be told.
+Yv12Stretch stretchOf(const Yv12Source& source, std::uint8_t* target, int y, int first, int end) {
+    const int upper = y == 0 ? 0 : (y - 1) / 2;
+    const int lower = y == 0 ? 0 : std::min(upper + 1, source.height / 2 - 1);
+    // An odd row is the upper one of the two that lie between the same rows of chroma.
+    const bool upperIsNear = y % 2 != 0;
+    const auto chroma = [&](std::size_t plane, bool isUpper) {
+        return source.planes[plane] + (isUpper ? upper : lower) * source.steps[plane] + first / 2;
+    };
+    return {source.planes[0] + y * source.steps[0] + first,
+            chroma(1, upperIsNear),
+            chroma(1, !upperIsNear),
+            chroma(2, upperIsNear),
+            chroma(2, !upperIsNear),
+            target + static_cast<std::ptrdiff_t>(first) * 4,
+            end - first};
+}
+
+void convertYv12Row(const Yv12Source& source, std::uint8_t* target, int y, int left, int right,
+                    const ColourKernels& kernels) {
+    const bool isEven = source.width % 2 == 0 && source.height % 2 == 0;
+    const int first = std::max(2, left + left % 2);
+    const int end = std::min(source.width - 2, right / 2 * 2);
+    int done = first;
+    if (isEven && first < end)
+        done +=
+            firstThatServes(kernels, &ColourKernels::yv12ToBgra, stretchOf(source, target, y, first, end));
+    if (done == first) {
+        CYv12Row(source, target, y).convertPlainly(left, right);
+        return;
+    }
+    if (left < first)
+        CYv12Row(source, target, y).convertPlainly(left, first);
+    if (done < right)
+        CYv12Row(source, target, y).convertPlainly(done, right);
+}
 
 std::uint8_t storedOf256(float value) {
     return saturated(std::lrint(value / 256.0F * 255.0F));
@@ -170,7 +181,7 @@ void convertYv12ToBgra(const Yv12Source& source, const BgraTarget& target, Pixel
         return;
     const PixelArea inside = clipped(area, source.width, source.height);
     for (int y = inside.top; y < inside.bottom; ++y) {
-        CYv12Row(source, target.pixels + y * target.step, y).convert(inside.left, inside.right, kernels);
+        convertYv12Row(source, target.pixels + y * target.step, y, inside.left, inside.right, kernels);
     }
 }
 
