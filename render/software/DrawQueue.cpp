@@ -191,7 +191,7 @@ std::uint64_t CDrawQueue::executeBand(const TargetView& target, int band, CPictu
             continue;
         draw.range->evaluateBand(band, kernels);
         if (draw.picture)
-            store.makeTiles(*draw.picture, draw.range->tiles(band));
+            store.makeTiles(*draw.picture, draw.range->tiles(band), draw.range->allTiles());
     }
     std::uint64_t cleared = 0;
     for (std::size_t i = 0; i < m_steps.size(); ++i) {

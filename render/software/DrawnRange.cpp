@@ -42,9 +42,20 @@ void CDrawnRange::forgetPositions(const PositionKey& positions, int targetHeight
         const auto bands = static_cast<std::size_t>(bandCount(targetHeight));
         m_tileWords = tileWords(tiles);
         m_tiles.assign(bands * m_tileWords, 0);
+        if (m_allTiles.size() != m_tileWords)
+            m_allTiles.assign(m_tileWords, 0);
         m_bands.assign(bands, Band::unknown);
     }
     m_positionKey = positions;
+}
+
+void CDrawnRange::markEvaluated() noexcept {
+    if (m_isEvaluated)
+        return;
+    std::fill(m_allTiles.begin(), m_allTiles.end(), 0);
+    for (std::size_t i = 0; i < m_tiles.size(); ++i)
+        m_allTiles[i % m_tileWords] |= m_tiles[i];
+    m_isEvaluated = true;
 }
 
 void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {

@@ -78,7 +78,10 @@ public:
 
     /// Whether all bands have their positions.
     bool isEvaluated() const { return m_isEvaluated; }
-    void markEvaluated() { m_isEvaluated = true; }
+    void markEvaluated() noexcept;
+    /// The tiles that all bands look at or, until all have their positions, looked at the last time: a view
+    /// that moves looks at nearly the same.
+    std::span<const std::uint64_t> allTiles() const { return m_allTiles; }
     /// Works out the positions and tiles of a band, unless it has them. Different threads may do so for
     /// different bands. Allocates nothing.
     void evaluateBand(int band, const RowKernels& kernels) noexcept;
@@ -122,7 +125,8 @@ private:
     CAlignedBytes m_fractions;
     std::vector<Band> m_bands;
     std::vector<std::uint64_t> m_tiles; ///< of all bands
-    std::size_t m_tileWords = 0;        ///< of one band
+    std::vector<std::uint64_t> m_allTiles;
+    std::size_t m_tileWords = 0; ///< of one band
     bool m_isRasterised = false;
     bool m_isEvaluated = false;
     bool m_isInUse = false;

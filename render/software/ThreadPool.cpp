@@ -3,8 +3,30 @@
 #include "platform/Processors.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace tarvo::render::software {
+
+namespace {
+
+/// True as soon as `isThere`; false when it has not come for longer than falling asleep and waking would
+/// take.
+template<typename IsThere>
+bool lookOutFor(IsThere isThere) noexcept {
+    constexpr auto longest = std::chrono::microseconds(40);
+    const auto end = std::chrono::steady_clock::now() + longest;
+    do {
+        // Others who have work go first.
+        for (int i = 0; i < 8; ++i) {
+            if (isThere())
+                return true;
+            std::this_thread::yield();
+        }
+    } while (std::chrono::steady_clock::now() < end);
+    return false;
+}
+
+} // namespace
 
 CThreadPool::CThreadPool(int threadCount)
     : m_threadCount(threadCount > 0 ? threadCount : platform::usableProcessors()) {}
@@ -44,9 +66,15 @@ void CThreadPool::runJob(Job& job) noexcept {
     }
     m_workCame.notify_all();
     process(job);
+    {
+        const std::lock_guard guard(m_lock);
+        remove(job);
+    }
+    // What the others are still at is as good as done.
+    if (lookOutFor([&job] { return job.helpers.load(std::memory_order_acquire) == 0; }))
+        return;
     std::unique_lock guard(m_lock);
-    remove(job);
-    m_helperLeft.wait(guard, [&job] { return job.helpers == 0; });
+    m_helperLeft.wait(guard, [&job] { return job.helpers.load(std::memory_order_relaxed) == 0; });
 }
 
 void CThreadPool::process(Job& job) noexcept {
@@ -65,12 +93,19 @@ void CThreadPool::help() noexcept {
             return;
         // A job is taken off the list before its owner looks at the helpers, both under the lock, so one that
         // was found here stays until this thread has left it.
-        ++job->helpers;
+        job->helpers.fetch_add(1, std::memory_order_relaxed);
+        const unsigned jobsSeen = m_jobsAppended.load(std::memory_order_relaxed);
         guard.unlock();
         process(*job);
         guard.lock();
-        if (--job->helpers == 0)
+        // From here on the job may be gone.
+        if (job->helpers.fetch_sub(1, std::memory_order_release) == 1)
             m_helperLeft.notify_all();
+        if (openJob() != nullptr)
+            continue;
+        guard.unlock();
+        lookOutFor([&] { return m_jobsAppended.load(std::memory_order_relaxed) != jobsSeen; });
+        guard.lock();
     }
 }
 
@@ -99,6 +134,7 @@ void CThreadPool::append(Job& job) {
     while (*place != nullptr)
         place = &(*place)->following;
     *place = &job;
+    m_jobsAppended.fetch_add(1, std::memory_order_relaxed);
 }
 
 void CThreadPool::remove(const Job& job) {

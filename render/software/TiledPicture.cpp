@@ -209,11 +209,14 @@ void CPictureStore::bindMemory(CTiledPicture& picture) {
     m_spare.pop_back();
 }
 
-void CPictureStore::makeTiles(CTiledPicture& picture, std::span<const std::uint64_t> tiles) noexcept {
+void CPictureStore::makeTiles(CTiledPicture& picture, std::span<const std::uint64_t> tiles,
+                              std::span<const std::uint64_t> soon) noexcept {
     if (picture.isStored())
         return;
     const auto columns = static_cast<std::uint32_t>(tileColumns(picture.m_width));
-    const auto isWanted = [&](std::uint32_t tile) { return (tiles[tile / 64] >> tile % 64 & 1) != 0; };
+    const auto isWanted = [&](std::uint32_t tile) {
+        return ((tiles[tile / 64] | soon[tile / 64]) >> tile % 64 & 1) != 0;
+    };
     const auto forEachWanted = [&](auto visit) {
         for (std::size_t word = 0; word < tiles.size(); ++word) {
             for (std::uint64_t bits = tiles[word]; bits != 0; bits &= bits - 1)
@@ -229,10 +232,13 @@ void CPictureStore::makeTiles(CTiledPicture& picture, std::span<const std::uint6
             return;
         }
         // Neighbours in a row of tiles are made in one go.
+        std::uint32_t begin = first;
+        while (begin % columns != 0 && isWanted(begin - 1) && picture.claim(begin - 1))
+            --begin;
         std::uint32_t end = first + 1;
         while (end % columns != 0 && isWanted(end) && picture.claim(end))
             ++end;
-        picture.makeRun(first, end);
+        picture.makeRun(begin, end);
     });
     if (!isSomeElsewhere)
         return;

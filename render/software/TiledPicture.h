@@ -127,8 +127,11 @@ public:
     /// Gives the picture its memory, without which no tile can be made. Throws std::bad_alloc.
     void bindMemory(CTiledPicture& picture);
     /// Makes those of these tiles, bits of a picture with memory, that are not made yet. Several threads may
-    /// do so for the same picture at once: a tile is made by the first that comes, and the others wait.
-    void makeTiles(CTiledPicture& picture, std::span<const std::uint64_t> tiles) noexcept;
+    /// do so for the same picture at once: a tile is made by the first that comes, and the others wait. Tiles
+    /// of `soon` are made as well where they continue a row of others: long rows cost
+    /// far less than short ones.
+    void makeTiles(CTiledPicture& picture, std::span<const std::uint64_t> tiles,
+                   std::span<const std::uint64_t> soon) noexcept;
     /// Throws std::bad_alloc.
     void makeAll(CTiledPicture& picture, CThreadPool& pool);
     /// The same; afterwards the picture depends on nothing.
