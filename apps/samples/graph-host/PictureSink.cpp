@@ -1,6 +1,7 @@
 #include "apps/samples/graph-host/PictureSink.h"
 
 #include <evcode.h>
+#include <utility>
 
 namespace tarvo::samples {
 
@@ -34,8 +35,33 @@ HRESULT CPictureSink::CPin::received(IMediaSample& sample) {
 }
 
 HRESULT CPictureSink::CPin::streamEnded() {
-    m_sink.notifyGraph(EC_COMPLETE, S_OK, reinterpret_cast<LONG_PTR>(static_cast<IBaseFilter*>(&m_sink)));
+    {
+        const std::lock_guard lock(m_sink.m_picturesLock);
+        m_sink.m_isEndToReport = true;
+    }
+    m_sink.reportEnd();
     return S_OK;
+}
+
+STDMETHODIMP CPictureSink::Run(REFERENCE_TIME start) {
+    const HRESULT result = CBaseFilter::Run(start);
+    if (SUCCEEDED(result))
+        reportEnd();
+    return result;
+}
+
+void CPictureSink::stopped() noexcept {
+    const std::lock_guard lock(m_picturesLock);
+    m_isEndToReport = false;
+}
+
+void CPictureSink::reportEnd() {
+    {
+        const std::lock_guard lock(m_picturesLock);
+        if (state() != State_Running || !std::exchange(m_isEndToReport, false))
+            return;
+    }
+    notifyGraph(EC_COMPLETE, S_OK, reinterpret_cast<LONG_PTR>(static_cast<IBaseFilter*>(this)));
 }
 
 HRESULT CPictureSink::keep(IMediaSample& sample) {

@@ -31,8 +31,12 @@ public:
     /// A renderer: the graph waits for its end of stream.
     STDMETHODIMP_(ULONG) GetMiscFlags() override { return AM_FILTER_MISC_FLAGS_IS_RENDERER; }
 
+    STDMETHODIMP Run(REFERENCE_TIME start) override;
+
 protected:
     ~CPictureSink() override = default;
+
+    void stopped() noexcept override;
 
     CLSID classId() const noexcept override { return {}; }
 
@@ -56,10 +60,14 @@ private:
     };
 
     HRESULT keep(IMediaSample& sample);
+    /// Tells the graph of the end of the stream, once. A graph may forget an end that it is told while
+    /// paused.
+    void reportEnd();
 
     CPin m_pin;
     mutable std::mutex m_picturesLock;
     Pictures m_pictures;
+    bool m_isEndToReport = false;
 };
 
 } // namespace tarvo::samples
