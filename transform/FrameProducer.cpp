@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <utility>
 
@@ -24,6 +25,12 @@ std::uint64_t neededBytes(const NegotiatedFormats& formats) {
     if (formats.renderOutput().format != render::PixelFormat::yv12)
         return stride * height;
     return stride * height + 2 * (stride / 2) * (height / 2);
+}
+
+bool overlap(std::span<const std::byte> a, std::span<const std::byte> b) {
+    // Pointers into different objects have an order only this way.
+    const std::less<> isBefore;
+    return isBefore(a.data(), b.data() + b.size()) && isBefore(b.data(), a.data() + a.size());
 }
 
 void copyFrame(std::span<const std::byte> frame, std::span<std::byte> target) {
@@ -116,6 +123,9 @@ HRESULT CFrameProducer::deliver(const Output& output, const NegotiatedFormats& f
                                 bool haveSettingsChanged) {
     if (output.bytes.size() < neededBytes(formats))
         return E_FAIL;
+    // Nothing is drawn from memory that the result is written to.
+    if (overlap(m_inputBytes, output.bytes))
+        m_renderer.keepInput();
     FrameCircumstances circumstances;
     circumstances.haveSettingsChanged = haveSettingsChanged;
     circumstances.hasCachedFrame = !m_cachedFrame.frame().empty();

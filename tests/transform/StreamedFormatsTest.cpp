@@ -37,6 +37,23 @@ TEST_F(Streaming, keepsTheDirectionsOfRowsApart) {
     }
 }
 
+TEST_F(Streaming, mayBeGivenTheSameMemoryForInputAndOutput) {
+    // Turned upside down, so that every row is written over one that another is drawn from.
+    constexpr int height = 96;
+    const auto picture = patternRgb(32, height);
+    CTransformHost host;
+    ASSERT_EQ(host.transform->put_Bypass(VARIANT_TRUE), S_OK);
+    host.transform->put_OutputWidth(32);
+    host.transform->put_OutputHeight(height);
+    ASSERT_EQ(host.setInput(rgbType(32, height)), S_OK);
+    ASSERT_EQ(host.setOutput(rgbType(32, -height)), S_OK);
+    CFakeBuffer buffer(picture);
+    ASSERT_EQ(host.input(buffer), S_OK);
+    Delivered frame;
+    ASSERT_EQ(host.output(buffer, frame), S_OK);
+    EXPECT_EQ(buffer.bytes, upsideDown(picture, 32 * 4));
+}
+
 TEST_F(Streaming, aDewarpedFrameIsNotTheInputAndNotBlack) {
     CTransformHost host;
     host.negotiateRgb(64, 48, 32, 24);
