@@ -41,7 +41,7 @@ TEST_F(Streaming, mayBeGivenTheSameMemoryForInputAndOutput) {
     // Turned upside down, so that every row is written over one that another is drawn from.
     constexpr int height = 96;
     const auto picture = patternRgb(32, height);
-    CTransformHost host;
+    CTransformHost host(CTransformHost::Device::own);
     ASSERT_EQ(host.transform->put_Bypass(VARIANT_TRUE), S_OK);
     host.transform->put_OutputWidth(32);
     host.transform->put_OutputHeight(height);
