@@ -1,5 +1,7 @@
 #include "render/software/AlignedBytes.h"
 
+#include "platform/PageMemory.h"
+
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -7,13 +9,26 @@
 namespace tarvo::render::software {
 namespace {
 
+/// From here on a block is worth pages of its own. Where the address sanitizer watches, none is: it sees
+/// nothing beyond the end of pages.
+#ifdef __SANITIZE_ADDRESS__
+constexpr std::size_t pagesFrom = std::numeric_limits<std::size_t>::max();
+#else
+constexpr std::size_t pagesFrom = std::size_t{256} * 1024;
+#endif
+
 // The system's zeros come without being written, which the usual aligned allocation cannot offer.
 void* zeroedBlock(std::size_t bytes) {
-    return std::calloc(bytes, 1); // NOLINT(cppcoreguidelines-no-malloc)
+    return bytes < pagesFrom ? std::calloc(bytes, 1) // NOLINT(cppcoreguidelines-no-malloc)
+                             : platform::allocatePages(bytes);
 }
 
-void releaseBlock(void* block) {
-    std::free(block); // NOLINT(cppcoreguidelines-no-malloc)
+void releaseBlock(void* block, std::size_t bytes) {
+    if (bytes < pagesFrom) {
+        std::free(block); // NOLINT(cppcoreguidelines-no-malloc)
+    } else {
+        platform::releasePages(block, bytes);
+    }
 }
 
 } // namespace
@@ -33,7 +48,7 @@ CAlignedBytes::CAlignedBytes(std::size_t size, const MemorySource& memory)
 
 void CAlignedBytes::release() noexcept {
     if (m_block != nullptr)
-        m_memory->release(m_block);
+        m_memory->release(m_block, m_size + alignment);
 }
 
 } // namespace tarvo::render::software

@@ -16,7 +16,7 @@ constexpr std::size_t alignedUp(std::size_t bytes) {
 /// Where the large blocks come from. A test puts its own here to see what becomes of a refusal.
 struct MemorySource {
     void* (*allocateZeroed)(std::size_t bytes); ///< null when there is no memory
-    void (*release)(void* block);
+    void (*release)(void* block, std::size_t bytes);
 };
 
 /// Bytes from a row to the next: an odd number of cache lines, so that what lies in one column does not fall

@@ -264,7 +264,7 @@ struct CountedMemory {
         ++held;
         return std::calloc(bytes, 1);
     }
-    static void release(void* block) {
+    static void release(void* block, std::size_t) {
         --held;
         std::free(block);
     }
