@@ -256,7 +256,7 @@ inline bool isSmooth(const float* knots) {
     int rough = 0;
     for (int i = 0; i + 3 < knotCount; ++i) {
         const float third = (knots[i + 3] - knots[i]) - 3.0F * (knots[i + 2] - knots[i + 1]);
-        rough += (third > -most) & (third < most) ? 0 : 1;
+        rough += ((third > -most) & (third < most)) ? 0 : 1;
     }
     return rough == 0;
 }
