@@ -76,7 +76,7 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
     m_raster.forEachPiece(band, [&](const Span& span, int y, int x, int count) {
         if (hasKnots && y == firstRow)
             projectKnots(span, firstRow, endRow, x, kernels, knots);
-        const int row = (y - firstRow) * groupLength;
+        const int row = (y - firstRow) * knotLanes;
         if (!hasKnots || !kernels.spread(knots.x + row, knots.y + row, count, positionX, positionY))
             project(span, y, x, count, kernels, positionX, positionY);
         isStraight = packPiece(span, y, x, count, kernels, positionX, positionY, tiles) && isStraight;
@@ -88,20 +88,20 @@ void CDrawnRange::projectKnots(const Span& span, int firstRow, int endRow, int x
                                Knots& knots) const noexcept {
     const SampledWindow& window = m_positionKey.window;
     const VertexValues& values = m_raster.values(span);
-    alignas(alignment) float u[bandHeight * groupLength];
-    alignas(alignment) float v[bandHeight * groupLength];
+    alignas(alignment) float u[bandHeight * knotLanes];
+    alignas(alignment) float v[bandHeight * knotLanes];
     // The centres of every knotDistance-th pixel, counted from the knot before the piece.
     const auto atKnots = [x](const LinearRow& row) -> LinearRow {
         const double step = row.perColumn * knotDistance;
         return {row.atLeftEdge + row.perColumn * (x - knotDistance + 0.5) - 0.5 * step, step};
     };
     for (int y = firstRow; y < endRow; ++y) {
-        const int row = (y - firstRow) * groupLength;
-        kernels.interpolate(atKnots(alongRow(values.u, y)), 0, groupLength, u + row);
-        kernels.interpolate(atKnots(alongRow(values.v, y)), 0, groupLength, v + row);
+        const int row = (y - firstRow) * knotLanes;
+        kernels.interpolate(atKnots(alongRow(values.u, y)), 0, knotLanes, u + row);
+        kernels.interpolate(atKnots(alongRow(values.v, y)), 0, knotLanes, v + row);
     }
     m_positionKey.kernel(
-        m_positionKey.record.bytes.data(), {u, v, (endRow - firstRow) * groupLength},
+        m_positionKey.record.bytes.data(), {u, v, (endRow - firstRow) * knotLanes},
         {knots.x, knots.y, static_cast<float>(window.width), static_cast<float>(window.height)});
 }
 

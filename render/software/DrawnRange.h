@@ -96,8 +96,8 @@ private:
                    const float* positionX, const float* positionY, std::span<std::uint64_t> tiles) noexcept;
     /// The positions at the knots of the rows of a band that a piece of a rectangle has.
     struct Knots {
-        alignas(alignment) float x[bandHeight * groupLength];
-        alignas(alignment) float y[bandHeight * groupLength];
+        alignas(alignment) float x[bandHeight * knotLanes];
+        alignas(alignment) float y[bandHeight * knotLanes];
     };
     void projectKnots(const Span& span, int firstRow, int endRow, int x, const RowKernels& kernels,
                       Knots& knots) const noexcept;

@@ -81,7 +81,7 @@ struct Direction {
     }
 };
 
-/// Half a group.
+/// A quarter of a group.
 struct Eight {
     __m256i isSomewhere; ///< all bits or none
     __m256i places;      ///< column and line, 16 bits each
@@ -107,36 +107,52 @@ Eight packEight(const PackRow& row, const Bounds& bounds, int i) {
             _mm256_or_si256(across.share, _mm256_slli_epi32(down.share, 8))};
 }
 
-GroupBox boxOf(const Eight& a, const Eight& b) {
+/// The least column and line of two quarters, and the complements of the greatest, 16 bits each.
+struct Extremes {
+    __m256i low;
+    __m256i high;
+};
+
+Extremes extremesOf(const Eight& a, const Eight& b) {
     const __m256i ones = _mm256_set1_epi32(-1);
-    if (_mm256_testz_si256(_mm256_or_si256(a.isSomewhere, b.isSomewhere), ones) != 0)
-        return {noColumn, noColumn, -1, -1};
     const auto leastOf = [&](const Eight& eight) {
         return _mm256_or_si256(eight.places, _mm256_xor_si256(eight.isSomewhere, ones));
     };
-    // The greatest are the least of the complements.
     const auto mostOf = [&](const Eight& eight) {
         return _mm256_xor_si256(_mm256_and_si256(eight.places, eight.isSomewhere), ones);
     };
-    const __m256i low = _mm256_min_epu16(leastOf(a), leastOf(b));
-    const __m256i high = _mm256_min_epu16(mostOf(a), mostOf(b));
+    // Where nothing is, both are all ones.
+    return {_mm256_min_epu16(leastOf(a), leastOf(b)), _mm256_min_epu16(mostOf(a), mostOf(b))};
+}
+
+GroupBox boxOf(const Extremes& a, const Extremes& b) {
+    const __m256i low = _mm256_min_epu16(a.low, b.low);
+    const __m256i high = _mm256_min_epu16(a.high, b.high);
     const __m256i both = _mm256_min_epu16(_mm256_unpacklo_epi64(low, high), _mm256_unpackhi_epi64(low, high));
     const __m128i four = _mm_min_epu16(_mm256_castsi256_si128(both), _mm256_extracti128_si256(both, 1));
     const __m128i two = _mm_min_epu16(four, _mm_shuffle_epi32(four, _MM_SHUFFLE(2, 3, 0, 1)));
     const int first = _mm_cvtsi128_si32(two);
     const int last = ~_mm_extract_epi32(two, 2);
+    if (first == -1)
+        return {noColumn, noColumn, -1, -1};
     return {first & 0xFFFF, first >> 16 & 0xFFFF, last & 0xFFFF, last >> 16 & 0xFFFF};
+}
+
+/// Half a group.
+Extremes packSixteen(const PackRow& row, const Bounds& bounds, int i) {
+    const Eight a = packEight(row, bounds, i);
+    const Eight b = packEight(row, bounds, i + 8);
+    const __m256i fractions = _mm256_permute4x64_epi64(_mm256_packus_epi32(a.fractions, b.fractions), 0xD8);
+    _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.fractions + i), fractions);
+    return extremesOf(a, b);
 }
 
 void pack(const PackRow& row) {
     const Bounds bounds(row);
     int i = 0;
     for (; i + groupLength <= row.count; i += groupLength) {
-        const Eight a = packEight(row, bounds, i);
-        const Eight b = packEight(row, bounds, i + 8);
-        const __m256i fractions =
-            _mm256_permute4x64_epi64(_mm256_packus_epi32(a.fractions, b.fractions), 0xD8);
-        _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.fractions + i), fractions);
+        const Extremes a = packSixteen(row, bounds, i);
+        const Extremes b = packSixteen(row, bounds, i + groupLength / 2);
         row.boxes[i / groupLength] = boxOf(a, b);
     }
     if (i < row.count)

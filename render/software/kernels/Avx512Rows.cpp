@@ -72,14 +72,39 @@ struct Direction {
     }
 };
 
-/// The box of columns and lines, 16 bits each, of those places that are somewhere.
-GroupBox boxOf(__m512i places, __mmask16 isSomewhere) {
-    if (isSomewhere == 0)
+/// Half a group: columns and lines, 16 bits each, of those places that are somewhere.
+struct Sixteen {
+    __m512i places;
+    __mmask16 isSomewhere;
+};
+
+Sixteen packSixteen(const PackRow& row, const Bounds& bounds, int i) {
+    const __m512 low = _mm512_set1_ps(bounds.low);
+    const __m512 x = _mm512_loadu_ps(row.x + i);
+    const __m512 y = _mm512_loadu_ps(row.y + i);
+    __mmask16 isSomewhere = _mm512_cmp_ps_mask(x, low, _CMP_GE_OQ);
+    isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, low, _CMP_GE_OQ);
+    isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, x, _mm512_set1_ps(bounds.highX), _CMP_LE_OQ);
+    isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, _mm512_set1_ps(bounds.highY), _CMP_LE_OQ);
+    const Direction across(x, row.width);
+    const Direction down(y, row.height);
+    const __m512i offsets = _mm512_add_epi32(_mm512_mullo_epi32(down.whole, _mm512_set1_epi32(row.pitch)),
+                                             _mm512_slli_epi32(across.whole, 2));
+    _mm512_storeu_si512(row.offsets + i, _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), isSomewhere, offsets));
+    const __m512i fractions = _mm512_or_si512(across.share, _mm512_slli_epi32(down.share, 8));
+    _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.fractions + i), _mm512_cvtepi32_epi16(fractions));
+    return {_mm512_or_si512(across.whole, _mm512_slli_epi32(down.whole, 16)), isSomewhere};
+}
+
+GroupBox boxOf(const Sixteen& a, const Sixteen& b) {
+    if ((a.isSomewhere | b.isSomewhere) == 0)
         return {noColumn, noColumn, -1, -1};
     const __m512i ones = _mm512_set1_epi32(-1);
-    const __m512i least = _mm512_mask_mov_epi32(ones, isSomewhere, places);
+    const __m512i least = _mm512_min_epu16(_mm512_mask_mov_epi32(ones, a.isSomewhere, a.places),
+                                           _mm512_mask_mov_epi32(ones, b.isSomewhere, b.places));
     // The greatest are the least of the complements.
-    const __m512i most = _mm512_mask_xor_epi32(ones, isSomewhere, places, ones);
+    const __m512i most = _mm512_min_epu16(_mm512_mask_xor_epi32(ones, a.isSomewhere, a.places, ones),
+                                          _mm512_mask_xor_epi32(ones, b.isSomewhere, b.places, ones));
     const auto halved = [](__m512i v) {
         return _mm256_min_epu16(_mm512_castsi512_si256(v), _mm512_extracti64x4_epi64(v, 1));
     };
@@ -95,26 +120,11 @@ GroupBox boxOf(__m512i places, __mmask16 isSomewhere) {
 
 void pack(const PackRow& row) {
     const Bounds bounds(row);
-    const __m512 low = _mm512_set1_ps(bounds.low);
     int i = 0;
     for (; i + groupLength <= row.count; i += groupLength) {
-        const __m512 x = _mm512_loadu_ps(row.x + i);
-        const __m512 y = _mm512_loadu_ps(row.y + i);
-        __mmask16 isSomewhere = _mm512_cmp_ps_mask(x, low, _CMP_GE_OQ);
-        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, low, _CMP_GE_OQ);
-        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, x, _mm512_set1_ps(bounds.highX), _CMP_LE_OQ);
-        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, _mm512_set1_ps(bounds.highY), _CMP_LE_OQ);
-        const Direction across(x, row.width);
-        const Direction down(y, row.height);
-        const __m512i offsets = _mm512_add_epi32(_mm512_mullo_epi32(down.whole, _mm512_set1_epi32(row.pitch)),
-                                                 _mm512_slli_epi32(across.whole, 2));
-        _mm512_storeu_si512(row.offsets + i,
-                            _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), isSomewhere, offsets));
-        const __m512i fractions = _mm512_or_si512(across.share, _mm512_slli_epi32(down.share, 8));
-        _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.fractions + i),
-                            _mm512_cvtepi32_epi16(fractions));
-        row.boxes[i / groupLength] =
-            boxOf(_mm512_or_si512(across.whole, _mm512_slli_epi32(down.whole, 16)), isSomewhere);
+        const Sixteen a = packSixteen(row, bounds, i);
+        const Sixteen b = packSixteen(row, bounds, i + groupLength / 2);
+        row.boxes[i / groupLength] = boxOf(a, b);
     }
     if (i < row.count)
         packGroup(row, i, row.count, row.boxes[i / groupLength]);

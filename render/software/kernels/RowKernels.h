@@ -41,6 +41,8 @@ using PositionKernel = void (*)(const void* constants, const PlaceRow& places, c
 inline constexpr int knotDistance = 16;
 /// From one knot before the first pixel to at least one behind the last of a piece of up to 128 pixels.
 inline constexpr int knotCount = 12;
+/// As many are worked out, so that a vector is full.
+inline constexpr int knotLanes = 16;
 
 /// The positions of `count` pixels, rounded up to multiples of 32, from those at knots, of which the second
 /// belongs to the first pixel: the parabola through the three knots around each 32 pixels. False, and nothing
@@ -49,7 +51,7 @@ inline constexpr int knotCount = 12;
 using SpreadKernel = bool (*)(const float* knotsX, const float* knotsY, int count, float* x, float* y);
 
 /// Positions are packed in groups of this many, the last one perhaps of fewer.
-inline constexpr int groupLength = 16;
+inline constexpr int groupLength = 32;
 
 /// The first of the four pixels around each position of a group lie in columns left … right and rows top …
 /// bottom; nothing does when left is beyond right.
