@@ -5,7 +5,6 @@
 #include "render/Pass.h"
 #include "render/software/AlignedBytes.h"
 #include "render/software/Raster.h"
-#include "render/software/ThreadPool.h"
 #include "render/software/kernels/RowKernels.h"
 
 #include <array>

@@ -1,132 +1,14 @@
 #include "render/software/SoftwareDevice.h"
 
+#include "render/software/ProgramNeeds.h"
+#include "render/software/WholePicture.h"
 #include "render/software/kernels/Blending.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <new>
 
 namespace tarvo::render::software {
-namespace {
-
-/// What a program wants besides vertices.
-struct ProgramNeeds {
-    bool isPrepared; ///< by prepare()
-    ConstantSlot slot;
-    std::size_t recordSize;
-    PositionKernel RowKernels::*kernel; ///< null: it does not sample one picture by positions
-    bool isProjection = false;
-    bool isBounded = false;
-};
-
-ProgramNeeds needsOf(ShaderProgram program) {
-    constexpr std::size_t dewarp = sizeof(DewarpConstants);
-    switch (program) {
-    case ShaderProgram::singleView:
-        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::singleView, true, true};
-    case ShaderProgram::panoramaWall:
-        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaWall, true, false};
-    case ShaderProgram::panoramaCeiling:
-        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaCeiling, true, true};
-    case ShaderProgram::panoramaDesk:
-        return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaDesk, true, true};
-    case ShaderProgram::customTransform:
-        return {true, ConstantSlot::custom, sizeof(CustomTransformConstants), nullptr};
-    case ShaderProgram::customVirtualPtz:
-        return {true, ConstantSlot::custom, sizeof(VirtualPtzConstants), nullptr};
-    case ShaderProgram::excludeRegion:
-        return {false, ConstantSlot::exclude, sizeof(ExcludeConstants), &RowKernels::excludeRegion};
-    case ShaderProgram::yuy2ToRgb:
-        return {false, ConstantSlot::width, sizeof(Yuy2Constants), nullptr};
-    case ShaderProgram::plainCopy:
-        return {false, ConstantSlot::none, 0, &RowKernels::plainCopy};
-    case ShaderProgram::yv12ToRgb:
-    case ShaderProgram::overviewRegion:
-    case ShaderProgram::vertex:
-        break;
-    }
-    return {false, ConstantSlot::none, 0, nullptr};
-}
-
-bool isCustom(ShaderProgram program) {
-    return needsOf(program).slot == ConstantSlot::custom;
-}
-
-bool fits(const ProgramNeeds& needs, ConstantSlot slot, std::span<const std::byte> constants) {
-    return slot == needs.slot && constants.size() >= needs.recordSize;
-}
-
-RecordBytes recordFrom(std::span<const std::byte> constants, std::size_t size) {
-    RecordBytes record;
-    std::copy_n(constants.begin(), size, record.bytes.begin());
-    record.size = size;
-    return record;
-}
-
-template<typename Record>
-Record recordAs(const RecordBytes& bytes) {
-    Record record{};
-    std::memcpy(&record, bytes.bytes.data(), sizeof(record));
-    return record;
-}
-
-/// What the single view shows where the input ends; the other programs show black there.
-Bgra outsideColour(ShaderProgram program, const RecordBytes& record) {
-    if (program != ShaderProgram::singleView)
-        return opaqueBlack;
-    const auto constants = recordAs<DewarpConstants>(record);
-    const float* c = constants.clearColor;
-    return storedColour({c[0], c[1], c[2], c[3]});
-}
-
-bool coversAll(const CRaster& raster, int width, int height) {
-    if (!raster.isRectangle() || raster.top() != 0 || raster.bottom() != height)
-        return false;
-    const Span& span = raster.row(0).front();
-    return span.left == 0 && span.right == width;
-}
-
-/// Each pixel at its own place.
-bool isOneToOne(const CRaster& raster, int width, int height) {
-    const VertexValues& values = raster.values(raster.row(0).front());
-    const auto runs = [](const Affine& value, double along, double length, double across) {
-        // Over a whole side no centre strays by more than a thousandth of a pixel.
-        const double tolerance = 1e-3 / length;
-        return std::abs(value.origin) < tolerance && std::abs(along * length - 1.0) < tolerance &&
-               std::abs(across) < tolerance;
-    };
-    return runs(values.u, values.u.perX, width, values.u.perY * height) &&
-           runs(values.v, values.v.perY, height, values.v.perX * width);
-}
-
-/// Columns or rows whose centres lie between two coordinates, both included.
-template<typename CoordinateAt>
-std::pair<int, int> included(float low, float high, int size, CoordinateAt at) {
-    int first = 0;
-    while (first < size && !(at(first) >= low))
-        ++first;
-    int end = first;
-    while (end < size && at(end) <= high)
-        ++end;
-    return {first, end};
-}
-
-PixelArea areaOf(const ExcludeConstants& constants, const CRaster& raster, int width, int height) {
-    const VertexValues& values = raster.values(raster.row(0).front());
-    const auto at = [](const Affine& value, int x, int y) {
-        float coordinate = 0.0F;
-        rowKernels().interpolate(alongRow(value, y), x, 1, &coordinate);
-        return coordinate;
-    };
-    const float* const rect = constants.excludeRect;
-    const auto columns = included(rect[0], rect[2], width, [&](int x) { return at(values.u, x, 0); });
-    const auto rows = included(rect[1], rect[3], height, [&](int y) { return at(values.v, 0, y); });
-    return {columns.first, rows.first, columns.second, rows.second};
-}
-
-} // namespace
-
 struct CSoftwareDevice::Frame {
     Frame(const InputFormat& input, const OutputFormat& output, std::shared_ptr<CThreadPool> thePool,
           const MemorySource& memory)
@@ -247,7 +129,7 @@ HRESULT CSoftwareDevice::prepare(ShaderProgram program, ConstantSlot slot,
     return guarded([&](Frame& frame) -> HRESULT {
         frame.program.reset();
         const ProgramNeeds needs = needsOf(program);
-        if (!needs.isPrepared || !fits(needs, slot, constants))
+        if (!needs.isPrepared || !needs.fits(slot, constants))
             return E_INVALIDARG;
         frame.program = program;
         return S_OK;
@@ -341,7 +223,7 @@ HRESULT CSoftwareDevice::Frame::findRecord(const Pass& pass, RecordBytes& record
         return E_FAIL;
     if (needs.recordSize == 0)
         return S_OK;
-    if (!fits(needs, pass.constantSlot, pass.constants))
+    if (!needs.fits(pass.constantSlot, pass.constants))
         return E_INVALIDARG;
     record = recordFrom(pass.constants, needs.recordSize);
     return S_OK;

@@ -10,6 +10,11 @@ constexpr int largestSide = 16384;
 constexpr std::size_t packedPlane = 3;
 constexpr std::size_t excludeIndex = 3;
 
+void endLoan(RawRows& rows, bool isWhole) {
+    rows.isWhole = isWhole;
+    rows.lender = {};
+}
+
 bool isPossibleSide(int side) {
     return side >= 1 && side <= largestSide;
 }
@@ -250,8 +255,7 @@ HRESULT CSurfaces::uploadPlane(CInputPlane& plane, const SourceRows& rows, CThre
     if (canBeLent(rows, target->rowBytes, target->rows)) {
         target->lend(rows);
     } else {
-        target->lender = {};
-        target->isWhole = true;
+        endLoan(*target, true);
         copyRows(pool, rows, target->bytes.data(), target->pitch, target->rowBytes, target->rows);
     }
     plane.replaceWith(*target);
@@ -276,19 +280,13 @@ void CSurfaces::keepInput(CThreadPool& pool) noexcept {
         for (RawRows& rows : plane->sets()) {
             if (rows.isLent()) {
                 rows.keep(0, rows.rows);
-                rows.isWhole = true;
-                rows.lender = {};
+                endLoan(rows, true);
             }
         }
     }
 }
 
 namespace {
-
-void endLoan(RawRows& rows, bool isWhole) {
-    rows.isWhole = isWhole;
-    rows.lender = {};
-}
 
 /// Whether all tiles of some rows of tiles are made.
 bool areMade(const CTiledPicture* picture, int firstRow, int endRow) {

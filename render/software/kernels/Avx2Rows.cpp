@@ -1,5 +1,5 @@
 // Compiled for AVX2.
-#include "render/software/kernels/PositionRows.h"
+#include "render/software/kernels/GroupBoxes.h"
 
 #include <immintrin.h>
 
@@ -126,16 +126,7 @@ Extremes extremesOf(const Eight& a, const Eight& b) {
 }
 
 GroupBox boxOf(const Extremes& a, const Extremes& b) {
-    const __m256i low = _mm256_min_epu16(a.low, b.low);
-    const __m256i high = _mm256_min_epu16(a.high, b.high);
-    const __m256i both = _mm256_min_epu16(_mm256_unpacklo_epi64(low, high), _mm256_unpackhi_epi64(low, high));
-    const __m128i four = _mm_min_epu16(_mm256_castsi256_si128(both), _mm256_extracti128_si256(both, 1));
-    const __m128i two = _mm_min_epu16(four, _mm_shuffle_epi32(four, _MM_SHUFFLE(2, 3, 0, 1)));
-    const int first = _mm_cvtsi128_si32(two);
-    const int last = ~_mm_extract_epi32(two, 2);
-    if (first == -1)
-        return {noColumn, noColumn, -1, -1};
-    return {first & 0xFFFF, first >> 16 & 0xFFFF, last & 0xFFFF, last >> 16 & 0xFFFF};
+    return boxFrom(_mm256_min_epu16(a.low, b.low), _mm256_min_epu16(a.high, b.high));
 }
 
 /// Half a group.

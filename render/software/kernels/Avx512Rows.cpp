@@ -1,5 +1,5 @@
 // Compiled for AVX-512 F, BW and VL.
-#include "render/software/kernels/PositionRows.h"
+#include "render/software/kernels/GroupBoxes.h"
 
 #include <immintrin.h>
 
@@ -97,8 +97,6 @@ Sixteen packSixteen(const PackRow& row, const Bounds& bounds, int i) {
 }
 
 GroupBox boxOf(const Sixteen& a, const Sixteen& b) {
-    if ((a.isSomewhere | b.isSomewhere) == 0)
-        return {noColumn, noColumn, -1, -1};
     const __m512i ones = _mm512_set1_epi32(-1);
     const __m512i least = _mm512_min_epu16(_mm512_mask_mov_epi32(ones, a.isSomewhere, a.places),
                                            _mm512_mask_mov_epi32(ones, b.isSomewhere, b.places));
@@ -108,14 +106,7 @@ GroupBox boxOf(const Sixteen& a, const Sixteen& b) {
     const auto halved = [](__m512i v) {
         return _mm256_min_epu16(_mm512_castsi512_si256(v), _mm512_extracti64x4_epi64(v, 1));
     };
-    const __m256i low = halved(least);
-    const __m256i high = halved(most);
-    const __m256i both = _mm256_min_epu16(_mm256_unpacklo_epi64(low, high), _mm256_unpackhi_epi64(low, high));
-    const __m128i four = _mm_min_epu16(_mm256_castsi256_si128(both), _mm256_extracti128_si256(both, 1));
-    const __m128i two = _mm_min_epu16(four, _mm_shuffle_epi32(four, _MM_SHUFFLE(2, 3, 0, 1)));
-    const int first = _mm_cvtsi128_si32(two);
-    const int last = ~_mm_extract_epi32(two, 2);
-    return {first & 0xFFFF, first >> 16 & 0xFFFF, last & 0xFFFF, last >> 16 & 0xFFFF};
+    return boxFrom(halved(least), halved(most));
 }
 
 void pack(const PackRow& row) {
