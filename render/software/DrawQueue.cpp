@@ -116,8 +116,12 @@ private:
             std::memcpy(target, pixels + range.offsets()[slot], static_cast<std::size_t>(m_count) * 4);
             return;
         }
-        kernels.sample({pixels, m_draw.window.pitch, range.offsets() + slot, range.fractions() + slot,
-                        m_count, bytesOf(m_draw.outside), target});
+        // About as much later as memory takes to answer.
+        constexpr std::ptrdiff_t distance = 6 * pieceLength;
+        const bool isInBand = slot + distance + m_count <= range.raster().endSlot(m_y / bandHeight);
+        const std::int32_t* const offsets = range.offsets() + slot;
+        kernels.sample({pixels, m_draw.window.pitch, offsets, range.fractions() + slot, m_count,
+                        bytesOf(m_draw.outside), target, isInBand ? offsets + distance : nullptr});
     }
 
     const QueuedDraw& m_draw;

@@ -86,6 +86,14 @@ public:
                static_cast<std::ptrdiff_t>(column) * rows +
                static_cast<std::ptrdiff_t>(y - firstRow) * length;
     }
+    /// Behind the slots of a band's last row, which itself exists. Those of a band are all before it.
+    std::ptrdiff_t endSlot(int band) const {
+        const int end = std::min(m_bottom, (band + 1) * bandHeight);
+        if (m_isRectangle)
+            return static_cast<std::ptrdiff_t>(end - m_top) * m_paddedWidth;
+        const std::size_t next = m_rowStarts[static_cast<std::size_t>(end - m_top)];
+        return next < m_spans.size() ? m_spans[next].slot : m_slotCount;
+    }
     /// Calls `visit(span, y, first column, count)` for the pieces of a band. Pieces of different spans come
     /// in the order of the spans where they overlap.
     template<typename Visit>

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 
 namespace tarvo::render::software {
 
@@ -54,18 +56,50 @@ std::shared_ptr<CThreadPool> CThreadPool::shared() {
     return pool;
 }
 
-void CThreadPool::runJob(Job& job) noexcept {
-    if (job.count <= 1 || m_threadCount == 1) {
-        process(job);
+void CThreadPool::Job::divide(int count, int threads) {
+    stretchCount = std::clamp(threads, 1, mostStretches);
+    const auto begin = [&](int stretch) {
+        return static_cast<int>(static_cast<std::int64_t>(count) * stretch / stretchCount);
+    };
+    for (int i = 0; i < stretchCount; ++i) {
+        Stretch& stretch = stretches[static_cast<std::size_t>(i)];
+        stretch.next.store(begin(i), std::memory_order_relaxed);
+        stretch.end = begin(i + 1);
+    }
+}
+
+bool CThreadPool::Job::isOpen() const {
+    return std::any_of(stretches.begin(), stretches.begin() + stretchCount, [](const Stretch& stretch) {
+        return stretch.next.load(std::memory_order_relaxed) < stretch.end;
+    });
+}
+
+void CThreadPool::Job::process(int first) noexcept {
+    for (int i = 0; i < stretchCount; ++i) {
+        Stretch& stretch = stretches[static_cast<std::size_t>((first + i) % stretchCount)];
+        // Looked at before, so that what is done does not count up for ever.
+        while (stretch.next.load(std::memory_order_relaxed) < stretch.end) {
+            const int index = stretch.next.fetch_add(1, std::memory_order_relaxed);
+            if (index < stretch.end)
+                call(context, index);
+        }
+    }
+}
+
+void CThreadPool::runJob(Job& job, int count) noexcept {
+    if (count <= 1 || m_threadCount == 1) {
+        job.divide(count, 1);
+        job.process(0);
         return;
     }
+    job.divide(count, m_threadCount);
     {
         const std::lock_guard guard(m_lock);
         startThreads();
         append(job);
     }
     m_workCame.notify_all();
-    process(job);
+    job.process(0);
     {
         const std::lock_guard guard(m_lock);
         remove(job);
@@ -75,13 +109,6 @@ void CThreadPool::runJob(Job& job) noexcept {
         return;
     std::unique_lock guard(m_lock);
     m_helperLeft.wait(guard, [&job] { return job.helpers.load(std::memory_order_relaxed) == 0; });
-}
-
-void CThreadPool::process(Job& job) noexcept {
-    for (int index = job.next.fetch_add(1, std::memory_order_relaxed); index < job.count;
-         index = job.next.fetch_add(1, std::memory_order_relaxed)) {
-        job.call(job.context, index);
-    }
 }
 
 void CThreadPool::help() noexcept {
@@ -94,9 +121,10 @@ void CThreadPool::help() noexcept {
         // A job is taken off the list before its owner looks at the helpers, both under the lock, so one that
         // was found here stays until this thread has left it.
         job->helpers.fetch_add(1, std::memory_order_relaxed);
+        const int stretch = ++job->arrivals;
         const unsigned jobsSeen = m_jobsAppended.load(std::memory_order_relaxed);
         guard.unlock();
-        process(*job);
+        job->process(stretch);
         guard.lock();
         // From here on the job may be gone.
         if (job->helpers.fetch_sub(1, std::memory_order_release) == 1)
@@ -111,7 +139,7 @@ void CThreadPool::help() noexcept {
 
 CThreadPool::Job* CThreadPool::openJob() const {
     for (Job* job = m_first; job != nullptr; job = job->following) {
-        if (job->next.load(std::memory_order_relaxed) < job->count)
+        if (job->isOpen())
             return job;
     }
     return nullptr;

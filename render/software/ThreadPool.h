@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <memory>
@@ -31,6 +32,9 @@ public:
 
     /// Calls `task(i)` once for every i in 0 … count − 1, in any order and on any threads, and returns when
     /// all have returned. What they wrote is visible afterwards. Allocates nothing once the threads run.
+    ///
+    /// Each thread begins with a stretch of neighbours of its own, which may look at the same memory, and
+    /// takes over from others only when that is done.
     template<typename Task>
     void run(int count, Task&& task) {
         using Plain = std::remove_reference_t<Task>;
@@ -38,22 +42,32 @@ public:
         Job job;
         job.call = [](void* context, int index) noexcept { (*static_cast<Plain*>(context))(index); };
         job.context = const_cast<std::remove_const_t<Plain>*>(&task);
-        job.count = count;
-        runJob(job);
+        runJob(job, count);
     }
 
 private:
+    /// Indices from `next` on, up to `end`; in a line of the cache of its own.
+    struct alignas(64) Stretch {
+        std::atomic<int> next{0};
+        int end = 0;
+    };
+    static constexpr int mostStretches = 16;
     struct Job {
         void (*call)(void*, int) noexcept = nullptr;
         void* context = nullptr;
-        int count = 0;
-        std::atomic<int> next{0};
+        std::array<Stretch, mostStretches> stretches;
+        int stretchCount = 1;
+        int arrivals = 0;            ///< threads that ever came to help; under the lock
         std::atomic<int> helpers{0}; ///< threads of the pool at work on it; changed under the lock
         Job* following = nullptr;
+
+        void divide(int count, int threads);
+        bool isOpen() const;
+        /// What is left, from a stretch on.
+        void process(int first) noexcept;
     };
 
-    void runJob(Job& job) noexcept;
-    static void process(Job& job) noexcept;
+    void runJob(Job& job, int count) noexcept;
     void help() noexcept;
     Job* openJob() const;
     void startThreads() noexcept;

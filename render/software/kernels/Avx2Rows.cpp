@@ -50,6 +50,7 @@ void sample(const SampleRow& row) {
     constexpr int block = 8;
     int i = 0;
     for (; i + block <= row.count; i += block) {
+        fetchLater(row, i, block);
         const __m256i offsets = _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(row.offsets + i));
         if (_mm256_movemask_epi8(_mm256_srai_epi32(offsets, 31)) != 0) {
             samplePlainly(row, i, i + block);

@@ -42,6 +42,7 @@ void sample(const SampleRow& row) {
     constexpr int block = 16;
     int i = 0;
     for (; i + block <= row.count; i += block) {
+        fetchLater(row, i, block);
         const __m512i offsets = _mm512_loadu_si512(row.offsets + i);
         if (_mm512_cmplt_epi32_mask(offsets, _mm512_setzero_si512()) != 0) {
             samplePlainly(row, i, i + block);

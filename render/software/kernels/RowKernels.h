@@ -96,6 +96,10 @@ struct SampleRow {
     int count;
     std::uint32_t outside; ///< BGRA bytes as they lie in memory
     std::uint8_t* target;
+    /// As many offsets that will be looked at a little later, so that their pixels are fetched meanwhile; or
+    /// null. In a view that is turned, each row of the target crosses many of the picture, and no processor
+    /// guesses that.
+    const std::int32_t* later = nullptr;
 };
 using SampleKernel = void (*)(const SampleRow& row);
 

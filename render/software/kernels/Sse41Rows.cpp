@@ -43,6 +43,7 @@ void sample(const SampleRow& row) {
     constexpr int block = 4;
     int i = 0;
     for (; i + block <= row.count; i += block) {
+        fetchLater(row, i, block);
         const __m128i offsets = _mm_loadu_si128(reinterpret_cast<const __m128i_u*>(row.offsets + i));
         if (_mm_movemask_epi8(_mm_srai_epi32(offsets, 31)) != 0) {
             samplePlainly(row, i, i + block);
