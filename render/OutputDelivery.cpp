@@ -62,7 +62,16 @@ HRESULT COutputDelivery::deliverRgb32(const MappedRows& rows, int first, int end
     if (lastRow + pixelBytes > m_output.size()) {
         return E_FAIL;
     }
-    for (auto row = static_cast<std::size_t>(first); row < static_cast<std::size_t>(end); ++row) {
+    const auto firstRow = static_cast<std::size_t>(first);
+    const auto endRow = static_cast<std::size_t>(end);
+    // Rows that lie alike go in one piece, padding and all.
+    if (rows.pitchBytes == stride && !m_format.isBottomUp && firstRow < endRow) {
+        const std::size_t offset = firstRow * stride;
+        std::memcpy(m_output.data() + offset, rows.data + offset,
+                    std::min(endRow * stride, m_output.size()) - offset);
+        return S_OK;
+    }
+    for (std::size_t row = firstRow; row < endRow; ++row) {
         const std::size_t offset = (m_format.isBottomUp ? height - 1 - row : row) * stride;
         std::memcpy(m_output.data() + offset, rows.data + row * rows.pitchBytes,
                     std::min({rows.pitchBytes, stride, m_output.size() - offset}));

@@ -23,17 +23,19 @@ void CBindings::target(ID3D11RenderTargetView* view, UINT width, UINT height) {
     }
 }
 
-void CBindings::textures(const Views& views) {
-    std::size_t first = 0;
-    std::size_t end = textureSlotCount;
-    while (first < end && views[first] == m_views[first])
-        ++first;
-    while (first < end && views[end - 1] == m_views[end - 1])
-        --end;
-    if (first == end)
-        return;
-    m_views = views;
-    m_context->PSSetShaderResources(static_cast<UINT>(first), static_cast<UINT>(end - first), &views[first]);
+void CBindings::textures(const Views& views, const Slots& read) {
+    std::size_t slot = 0;
+    while (slot < textureSlotCount) {
+        const std::size_t first = slot;
+        for (; slot < textureSlotCount && read[slot] && views[slot] != m_views[slot]; ++slot)
+            m_views[slot] = views[slot];
+        if (slot != first) {
+            m_context->PSSetShaderResources(static_cast<UINT>(first), static_cast<UINT>(slot - first),
+                                            &views[first]);
+        } else {
+            ++slot;
+        }
+    }
 }
 
 void CBindings::pixelShader(ID3D11PixelShader* shader) {
@@ -70,7 +72,9 @@ void CBindings::blending(ID3D11BlendState* state) {
 void CBindings::unbind(ID3D11ShaderResourceView* view) {
     Views views = m_views;
     std::ranges::replace(views, view, nullptr);
-    textures(views);
+    Slots everySlot;
+    everySlot.fill(true);
+    textures(views, everySlot);
 }
 
 void CBindings::unbind(ID3D11PixelShader* shader) {

@@ -17,6 +17,7 @@ public:
     static constexpr std::size_t textureSlotCount = 5;
     static constexpr std::size_t constantSlotCount = 5;
     using Views = std::array<ID3D11ShaderResourceView*, textureSlotCount>;
+    using Slots = std::array<bool, textureSlotCount>;
 
     CBindings() = default;
     /// A context on which nothing is bound yet.
@@ -24,8 +25,9 @@ public:
 
     /// With a viewport of its whole size, at depth 0.
     void target(ID3D11RenderTargetView* view, UINT width, UINT height);
-    /// In one call, whichever slots change.
-    void textures(const Views& views);
+    /// In the slots that are read; neighbours that change go in one call. The other slots keep what they
+    /// have, since the next frame will look at it again: nothing is ever both looked at and drawn to.
+    void textures(const Views& views, const Slots& read);
     void pixelShader(ID3D11PixelShader* shader);
     void pixelConstants(std::size_t slot, ID3D11Buffer* record);
     /// Of geometry::Vertex.

@@ -2,6 +2,7 @@
 
 #include "com/Trace.h"
 #include "render/d3d11/D3d11Device.h"
+#include "render/d3d11/ProgramInputs.h"
 
 namespace tarvo::render::d3d11 {
 namespace {
@@ -73,7 +74,7 @@ HRESULT CD3d11Device::draw(const Pass& pass) {
 
     CBindings& bindings = m_held.bindings;
     bindings.target(target.target.get(), target.width, target.height);
-    bindings.textures(views);
+    bindings.textures(views, inputsOf(pass.program).textures);
     bindings.pixelShader(shader);
     bindings.vertices(vertices);
     bindings.topology(topologyOf(pass.range.topology));

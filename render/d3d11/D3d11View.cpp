@@ -2,6 +2,7 @@
 
 #include "render/d3d11/D3d11Device.h"
 #include "render/d3d11/FailureTrace.h"
+#include "render/d3d11/ProgramInputs.h"
 
 #include <cstring>
 #include <utility>
@@ -10,33 +11,6 @@ namespace tarvo::render::d3d11 {
 namespace {
 
 constexpr auto excludeSlot = static_cast<std::size_t>(ConstantSlot::exclude);
-
-/// 0 for a slot that no program of a view reads.
-std::size_t recordSizeOf(ConstantSlot slot) {
-    switch (slot) {
-    case ConstantSlot::dewarp:
-        return sizeof(DewarpConstants);
-    case ConstantSlot::custom:
-        // Either custom program's record fits.
-        return sizeof(VirtualPtzConstants);
-    default:
-        return 0;
-    }
-}
-
-bool belongsToView(ShaderProgram program) {
-    switch (program) {
-    case ShaderProgram::singleView:
-    case ShaderProgram::panoramaWall:
-    case ShaderProgram::panoramaCeiling:
-    case ShaderProgram::panoramaDesk:
-    case ShaderProgram::customTransform:
-    case ShaderProgram::customVirtualPtz:
-        return true;
-    default:
-        return false;
-    }
-}
 
 } // namespace
 
@@ -108,14 +82,15 @@ HRESULT CD3d11Device::prepare(ShaderProgram program, ConstantSlot slot,
     releaseProgram();
     if (!isOpen())
         return E_FAIL;
-    const std::size_t size = recordSizeOf(slot);
-    if (!belongsToView(program) || size == 0)
+    const ProgramInputs inputs = inputsOf(program);
+    // A record in another slot would leave the program without one.
+    if (inputs.viewRecord == ConstantSlot::none || inputs.viewRecord != slot)
         return E_INVALIDARG;
     com::ComPtr<ID3D11PixelShader> shader;
     RETURN_IF_FAILED(createPixelShader(*m_held.device, m_findBytecode, program, shader));
     const auto index = static_cast<std::size_t>(slot);
     CConstantRecord& record = m_held.pixelRecords[index];
-    RETURN_IF_FAILED(record.create(*m_held.device, size, D3D11_USAGE_DYNAMIC, constants));
+    RETURN_IF_FAILED(record.create(*m_held.device, inputs.viewRecordBytes, D3D11_USAGE_DYNAMIC, constants));
     m_held.prepared = {program, std::move(shader), slot};
     m_held.bindings.pixelConstants(index, record.buffer());
     return S_OK;

@@ -10,9 +10,10 @@ void copyRows(const SourceRows& from, const MappedSurface& to) {
     const int coveredRows = copied == 0 ? 0 : std::clamp(from.rowCount, 0, to.rowCount);
     const auto pitch = static_cast<std::ptrdiff_t>(to.pitchBytes);
     int row = 0;
-    // Rows that reach from one to the next on both sides: what lies between them is the source's to read.
-    if (coveredRows > 0 && from.stepBytes == pitch && from.rowBytes >= to.pitchBytes) {
-        std::memcpy(to.data, from.data, (coveredRows - 1) * to.pitchBytes + copied);
+    // What lies between rows is part of either memory and of no picture: it may come along. Behind the last
+    // row there may be nothing.
+    if (coveredRows > 0 && from.stepBytes == pitch && copied == to.rowBytes) {
+        std::memcpy(to.data, from.data, static_cast<std::size_t>(coveredRows - 1) * to.pitchBytes + copied);
         row = coveredRows;
     }
     for (; row < coveredRows; ++row) {

@@ -35,6 +35,8 @@ HRESULT createInputLayout(ID3D11Device& device, std::span<const std::byte> verte
 } // namespace
 
 std::span<const std::byte> bytecodeOf(BytecodeFinder find, ShaderProgram program) {
+    if (static_cast<std::size_t>(program) >= shaderResources.size())
+        return {};
     const ShaderResource& resource = shaderResource(program);
     return find(resource.type, resource.id);
 }

@@ -14,6 +14,7 @@ namespace tarvo::render::d3d11 {
 /// Finds a program's bytecode: platform::findModuleResource() or the like.
 using BytecodeFinder = std::span<const std::byte> (*)(const char* type, std::uint16_t id);
 
+/// Empty when it is not there, or there is no such program.
 std::span<const std::byte> bytecodeOf(BytecodeFinder find, ShaderProgram program);
 
 /// E_FAIL when the bytecode is not there.

@@ -74,6 +74,29 @@ TEST_F(Drawing, bindsOnlyWhatDiffers) {
                             "PSSetShaderResources 0 view1", "Draw 4 from 0"));
 }
 
+TEST_F(Drawing, bindsNothingThatTheProgramDoesNotLookAt) {
+    ASSERT_EQ(device->draw(viewPass()), S_OK);
+    fake.takeCalls();
+    // The marker looks at nothing and the copy at one picture, whatever the pass has for them.
+    Pass overMarker = markerPass();
+    overMarker.textures = {Surface::maskedInput};
+    ASSERT_EQ(device->draw(overMarker), S_OK);
+    Pass copy = plainPass();
+    copy.textures = {Surface::inputPicture, Surface::maskedInput, Surface::none, Surface::excludeArea};
+    ASSERT_EQ(device->draw(copy), S_OK);
+    for (const std::string& call : fake.takeCalls())
+        EXPECT_FALSE(call.starts_with("PSSetShaderResources")) << call;
+}
+
+TEST_F(Drawing, aPictureThatThePassLeavesOutIsNotLookedAt) {
+    ASSERT_EQ(device->draw(plainPass()), S_OK);
+    fake.takeCalls();
+    Pass without = plainPass();
+    without.textures = {};
+    ASSERT_EQ(device->draw(without), S_OK);
+    EXPECT_THAT(fake.takeCalls(), ElementsAre("PSSetShaderResources 0 -", "Draw 4 from 0"));
+}
+
 TEST_F(Drawing, writesConstantsOnlyWhenTheyChange) {
     ASSERT_EQ(device->draw(viewPass()), S_OK);
     fake.takeCalls();
@@ -259,11 +282,35 @@ TEST_F(Drawing, whatIsNoProgramOfAViewIsNotPrepared) {
     EXPECT_EQ(device->prepare(ShaderProgram::vertex, ConstantSlot::dewarp, recordBytes(dewarp)),
               E_INVALIDARG);
     EXPECT_EQ(device->prepare(ShaderProgram::singleView, ConstantSlot::none, {}), E_INVALIDARG);
-    EXPECT_EQ(device->prepare(ShaderProgram::singleView, ConstantSlot::exclude, {}), E_INVALIDARG);
+    EXPECT_EQ(device->prepare(static_cast<ShaderProgram>(99), ConstantSlot::dewarp, recordBytes(dewarp)),
+              E_INVALIDARG);
+    EXPECT_FALSE(device->hasProgram(static_cast<ShaderProgram>(99)));
     const VirtualPtzConstants tooLong{};
     EXPECT_EQ(device->prepare(ShaderProgram::singleView, ConstantSlot::dewarp, recordBytes(tooLong)),
               E_INVALIDARG);
     EXPECT_EQ(device->draw(plainPass()), S_OK);
+}
+
+TEST_F(Drawing, aRecordGoesIntoTheSlotThatItsProgramReads) {
+    const std::size_t made = fake.creations.size();
+    for (const ConstantSlot slot :
+         {ConstantSlot::none, ConstantSlot::exclude, static_cast<ConstantSlot>(2), ConstantSlot::width,
+          ConstantSlot::custom, static_cast<ConstantSlot>(5), static_cast<ConstantSlot>(-2)}) {
+        SCOPED_TRACE(static_cast<int>(slot));
+        EXPECT_EQ(device->prepare(ShaderProgram::singleView, slot, recordBytes(dewarp)), E_INVALIDARG);
+        EXPECT_EQ(device->draw(viewPass()), E_FAIL);
+    }
+    for (const ConstantSlot slot : {ConstantSlot::none, ConstantSlot::dewarp, ConstantSlot::exclude})
+        EXPECT_EQ(device->prepare(ShaderProgram::customTransform, slot, {}), E_INVALIDARG);
+    EXPECT_EQ(fake.creations.size(), made);
+    // Neither the exclude area's record nor the width's was lost.
+    for (const ConstantSlot slot : {ConstantSlot::exclude, ConstantSlot::width}) {
+        Pass pass = plainPass();
+        pass.constantSlot = slot;
+        EXPECT_EQ(device->draw(pass), S_OK);
+    }
+    EXPECT_EQ(device->prepare(ShaderProgram::singleView, ConstantSlot::dewarp, recordBytes(dewarp)), S_OK);
+    EXPECT_EQ(device->draw(viewPass()), S_OK);
 }
 
 TEST_F(Drawing, newGeometryReplacesTheOld) {
@@ -326,10 +373,16 @@ TEST_F(Drawing, aLookupSurfaceIsKeptWhileItsSizeStays) {
     ASSERT_EQ(device->lookup(16, 24), S_OK);
     EXPECT_EQ(fake.creations.size(), made);
 
+    const CustomTransformConstants record{};
+    ASSERT_EQ(device->prepare(ShaderProgram::customTransform, ConstantSlot::custom, recordBytes(record)),
+              S_OK);
     Pass pass = plainPass();
+    pass.program = ShaderProgram::customTransform;
     pass.textures[4] = Surface::lookup;
     ASSERT_EQ(device->draw(pass), S_OK);
-    EXPECT_EQ(std::ranges::count(fake.takeCalls(), "PSSetShaderResources 0 view0 - - - view3"), 1);
+    const std::vector<std::string> calls = fake.takeCalls();
+    EXPECT_EQ(std::ranges::count(calls, "PSSetShaderResources 0 view0"), 1);
+    EXPECT_EQ(std::ranges::count(calls, "PSSetShaderResources 4 view3"), 1);
     const int before = fake.liveObjects;
     ASSERT_EQ(device->lookup(16, 48), S_OK);
     EXPECT_EQ(fake.liveObjects, before);

@@ -37,17 +37,36 @@ TEST(RowCopy, goesRowByRow) {
 }
 
 TEST(RowCopy, isOnePieceWhereTheRowsLieAlike) {
-    // Rows of six bytes that are all the source's: what lies between the surface's own may be written too.
-    const auto source = counted(3 * 6);
-    EXPECT_EQ(copied({source.get(), 6, 6, 3}),
+    // Rows at a distance of six on either side, of which the source has four, five or all: what lies between
+    // comes along, and tells that it was one copy. Neither memory has anything behind its last row.
+    const std::vector<int> everything{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+    for (const std::size_t rowBytes : {4U, 5U, 6U}) {
+        SCOPED_TRACE(rowBytes);
+        const auto source = counted(2 * 6 + rowBytes);
+        EXPECT_EQ(copied({source.get(), 6, rowBytes, 3}), everything);
+    }
+}
+
+TEST(RowCopy, inOnePieceEndsWithTheRowsThereAre) {
+    const auto source = counted(6 + 4);
+    EXPECT_EQ(copied({source.get(), 6, 4, 2}),
+              (std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 255, 255, 0, 0, 0, 0}));
+    const auto longer = counted(4 * 6 + 4);
+    EXPECT_EQ(copied({longer.get(), 6, 4, 5}),
               (std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}));
 }
 
-TEST(RowCopy, leavesAloneWhatIsNotTheSources) {
-    // The same step, but the two bytes between the rows are somebody else's.
-    const auto source = counted(2 * 6 + 4);
-    EXPECT_EQ(copied({source.get(), 6, 4, 3}),
-              (std::vector<int>{1, 2, 3, 4, 255, 255, 7, 8, 9, 10, 255, 255, 13, 14, 15, 16}));
+TEST(RowCopy, goesRowByRowWhereRowsAreShorterThanTheSurfaces) {
+    // The same distance, but of each row a byte is missing, which has to become zero.
+    const auto source = counted(2 * 6 + 3);
+    EXPECT_EQ(copied({source.get(), 6, 3, 3}),
+              (std::vector<int>{1, 2, 3, 0, 255, 255, 7, 8, 9, 0, 255, 255, 13, 14, 15, 0}));
+}
+
+TEST(RowCopy, goesRowByRowWhereTheDistancesDiffer) {
+    const auto source = counted(2 * 7 + 4);
+    EXPECT_EQ(copied({source.get(), 7, 4, 3}),
+              (std::vector<int>{1, 2, 3, 4, 255, 255, 8, 9, 10, 11, 255, 255, 15, 16, 17, 18}));
 }
 
 TEST(RowCopy, clearsWhatIsNotCovered) {
@@ -68,6 +87,10 @@ TEST(RowCopy, takesRowsFromTheLastToTheFirst) {
     const auto source = counted(3 * 4);
     EXPECT_EQ(copied({source.get() + 8, -4, 4, 3}),
               (std::vector<int>{9, 10, 11, 12, 255, 255, 5, 6, 7, 8, 255, 255, 1, 2, 3, 4}));
+    // Not in one piece either where they lie as far apart as the surface's: they lie the other way round.
+    const auto apart = counted(2 * 6 + 4);
+    EXPECT_EQ(copied({apart.get() + 12, -6, 4, 3}),
+              (std::vector<int>{13, 14, 15, 16, 255, 255, 7, 8, 9, 10, 255, 255, 1, 2, 3, 4}));
 }
 
 TEST(RowCopy, takesNothingForZeros) {

@@ -98,6 +98,41 @@ TEST_F(OutputDeliveryTest, rgb32RowsGoToTheirStrides) {
     EXPECT_EQ(result, S_OK);
 }
 
+TEST_F(OutputDeliveryTest, rgb32OfTheSamePaddedPitchIsCopiedPaddingAndAll) {
+    // 3 × 3 pixels in rows of 12 bytes at every 17th on either side; 46 bytes hold all pixels, 51 all bytes.
+    const OutputFormat format{PixelFormat::rgb32, 3, 3, 17, false};
+    for (const std::size_t length : {46U, 48U, 51U}) {
+        EXPECT_EQ(deliver(format, length, 5), countingBytes(length));
+        EXPECT_EQ(result, S_OK);
+    }
+    // What the buffer has behind the rows is not the picture's.
+    std::vector<std::byte> expected = countingBytes(51);
+    expected.resize(60, guard);
+    EXPECT_EQ(deliver(format, 60, 5), expected);
+    EXPECT_TRUE(isUntouched(deliver(format, 45, 5)));
+    EXPECT_EQ(result, E_FAIL);
+}
+
+TEST_F(OutputDeliveryTest, bandsOfTheSamePaddedPitchStayWithinThemselves) {
+    // Rows of 4 bytes at every 6th; the last one ends with its pixel.
+    picture = countingBytes(6 * 6);
+    const MappedRows rows{picture.data(), 6, 1, 6};
+    const OutputFormat format{PixelFormat::rgb32, 1, 6, 6, false};
+    std::vector<std::byte> actual(5 * 6 + 4, guard);
+    actual.shrink_to_fit();
+    COutputDelivery delivery(format, actual, observer, objectLog);
+    delivery.rowsFinished(rows, 2, 4);
+    for (std::size_t i = 0; i < actual.size(); ++i)
+        EXPECT_EQ(actual[i], i >= 12 && i < 24 ? picture[i] : guard) << i;
+    delivery.rowsFinished(rows, 4, 6);
+    for (std::size_t i = 0; i < actual.size(); ++i)
+        EXPECT_EQ(actual[i], i >= 12 ? picture[i] : guard) << i;
+    // A band of no rows, even behind the last one, is none.
+    delivery.rowsFinished(rows, 6, 6);
+    delivery.rowsFinished(rows, 0, 2);
+    EXPECT_EQ(actual, countingBytes(34));
+}
+
 TEST_F(OutputDeliveryTest, rgb32IsCutOffWhereTheStrideIsShorterThanARow) {
     EXPECT_EQ(deliver({PixelFormat::rgb32, 2, 2, 5, false}, 10), bytes({1, 2, 3, 4, 5, 9, 10, 11, 12, 13}));
     EXPECT_EQ(result, S_OK);
