@@ -61,7 +61,7 @@ ChromaRow chromaRow(const Yv12Source& source, std::size_t plane, const Neighbour
     return {row(y.first), row(y.second), y.share};
 }
 
-void convertPixel(int luma, float a, float b, std::uint8_t* target) {
+void convertOddPixel(int luma, float a, float b, std::uint8_t* target) {
     // Luma is whole, so rounding the sum is rounding what chroma adds.
     target[0] = saturated(luma + std::lrint(1.732446F * b));
     target[1] = saturated(luma - std::lrint(0.698001F * a + 0.337633F * b));
@@ -69,19 +69,19 @@ void convertPixel(int luma, float a, float b, std::uint8_t* target) {
     target[3] = 255;
 }
 
-/// One row of a YV12 picture.
-class CYv12Row {
+/// One row of a YV12 picture of odd width or height, whose samples have all kinds of weights.
+class COddRow {
 public:
-    CYv12Row(const Yv12Source& source, std::uint8_t* target, int y)
+    COddRow(const Yv12Source& source, std::uint8_t* target, int y)
         : m_width(source.width), m_luma(source.planes[0] + y * source.steps[0]), m_target(target),
           m_y(chromaNeighbours(y, source.height, source.height / 2)), m_cr(chromaRow(source, 1, m_y)),
           m_cb(chromaRow(source, 2, m_y)) {}
 
-    void convertPlainly(int left, int right) const {
+    void convert(int left, int right) const {
         for (int x = left; x < right; ++x) {
             const Neighbours neighbours = chromaNeighbours(x, m_width, m_width / 2);
-            convertPixel(m_luma[x], m_cr.sample(neighbours), m_cb.sample(neighbours),
-                         m_target + static_cast<std::ptrdiff_t>(x) * 4);
+            convertOddPixel(m_luma[x], m_cr.sample(neighbours), m_cb.sample(neighbours),
+                            m_target + static_cast<std::ptrdiff_t>(x) * 4);
         }
     }
 
@@ -94,43 +94,103 @@ private:
     ChromaRow m_cb;
 };
 
-/// What of a row of a picture of even width and height has weights of quarters and neighbours on either side,
-/// from an even column on. Small areas consist of many short rows, so nothing is worked out that can be told.
-Yv12Stretch stretchOf(const Yv12Source& source, std::uint8_t* target, int y, int first, int end) {
-    const int upper = y == 0 ? 0 : (y - 1) / 2;
-    const int lower = y == 0 ? 0 : std::min(upper + 1, source.height / 2 - 1);
-    // An odd row is the upper one of the two that lie between the same rows of chroma.
-    const bool upperIsNear = y % 2 != 0;
-    const auto chroma = [&](std::size_t plane, bool isUpper) {
-        return source.planes[plane] + (isUpper ? upper : lower) * source.steps[plane] + first / 2;
-    };
-    return {source.planes[0] + y * source.steps[0] + first,
-            chroma(1, upperIsNear),
-            chroma(1, !upperIsNear),
-            chroma(2, upperIsNear),
-            chroma(2, !upperIsNear),
-            target + static_cast<std::ptrdiff_t>(first) * 4,
-            end - first};
+/// The product, 2^15 being 1, rounded.
+int scaled(int value, int factor) {
+    return (value * factor + (1 << 14)) >> 15;
 }
 
-void convertYv12Row(const Yv12Source& source, std::uint8_t* target, int y, int left, int right,
-                    const ColourKernels& kernels) {
-    const bool isEven = source.width % 2 == 0 && source.height % 2 == 0;
-    const int first = std::max(2, left + left % 2);
-    const int end = std::min(source.width - 2, right / 2 * 2);
-    int done = first;
-    if (isEven && first < end)
-        done +=
-            firstThatServes(kernels, &ColourKernels::yv12ToBgra, stretchOf(source, target, y, first, end));
-    if (done == first) {
-        CYv12Row(source, target, y).convertPlainly(left, right);
-        return;
-    }
-    if (left < first)
-        CYv12Row(source, target, y).convertPlainly(left, first);
-    if (done < right)
-        CYv12Row(source, target, y).convertPlainly(done, right);
+/// In whole numbers, which give the same in vectors: a and b are sixteenths of a level.
+void convertPixel(int luma, int a, int b, std::uint8_t* target) {
+    const int ofCr = scaled(8 * a, YuvFactors::ofCr);
+    const int ofBoth = ofCr + scaled(4 * b, YuvFactors::ofCb);
+    target[0] = saturated(luma + scaled(4 * b, YuvFactors::blue));
+    target[1] = saturated(luma - scaled(ofBoth, YuvFactors::green));
+    target[2] = saturated(luma + scaled(ofCr, YuvFactors::red));
+    target[3] = 255;
 }
+
+/// One row of a YV12 picture of even width and height, or two that lie between the same rows of chroma. There
+/// the weights of samples are quarters. Small areas consist of many short rows, so nothing is worked out that
+/// can be told.
+class CEvenRows {
+public:
+    /// Row y, and the next one too if it lies between the same rows of chroma and before `bottom`.
+    CEvenRows(const Yv12Source& source, const BgraTarget& target, int y, int bottom)
+        : m_width(source.width), m_rows(y % 2 != 0 && y + 1 < bottom ? 2 : 1) {
+        const int upper = y == 0 ? 0 : (y - 1) / 2;
+        const int lower = y == 0 ? 0 : std::min(upper + 1, source.height / 2 - 1);
+        // An odd row is the upper one of the two that lie between the same rows of chroma.
+        const int nearRow = y % 2 != 0 ? upper : lower;
+        const int farRow = y % 2 != 0 ? lower : upper;
+        const auto chroma = [&](std::size_t plane, int row) {
+            return source.planes[plane] + row * source.steps[plane];
+        };
+        m_whole = {source.planes[0] + y * source.steps[0],
+                   chroma(1, nearRow),
+                   chroma(1, farRow),
+                   chroma(2, nearRow),
+                   chroma(2, farRow),
+                   target.pixels + y * target.step,
+                   nullptr,
+                   nullptr,
+                   source.width};
+        if (m_rows == 2) {
+            m_whole.nextLuma = m_whole.luma + source.steps[0];
+            m_whole.nextTarget = m_whole.target + target.step;
+        }
+    }
+
+    int count() const { return m_rows; }
+
+    void convert(int left, int right, const ColourKernels& kernels) const {
+        // What has neighbours on either side, from an even column on.
+        const int first = std::max(2, left + left % 2);
+        const int end = std::min(m_width - 2, right / 2 * 2);
+        const int done =
+            first < end ? firstThatServes(kernels, &ColourKernels::yv12ToBgra, stretch(first, end)) : 0;
+        convertPlainly(left, done == 0 ? right : first);
+        convertPlainly(done == 0 ? right : first + done, right);
+    }
+
+private:
+    Yv12Stretch stretch(int first, int end) const {
+        Yv12Stretch part = m_whole;
+        part.luma += first;
+        for (const std::uint8_t** row : {&part.nearCr, &part.farCr, &part.nearCb, &part.farCb})
+            *row += first / 2;
+        part.target += static_cast<std::ptrdiff_t>(first) * 4;
+        if (m_rows == 2) {
+            part.nextLuma += first;
+            part.nextTarget += static_cast<std::ptrdiff_t>(first) * 4;
+        }
+        part.columns = end - first;
+        return part;
+    }
+
+    void convertPlainly(int left, int right) const {
+        for (int x = left; x < right; ++x) {
+            const int own = x / 2;
+            const int neighbour = std::clamp(x % 2 != 0 ? own + 1 : own - 1, 0, m_width / 2 - 1);
+            const auto across = [&](const std::uint8_t* row) { return 3 * row[own] + row[neighbour]; };
+            const int nearCr = across(m_whole.nearCr);
+            const int farCr = across(m_whole.farCr);
+            const int nearCb = across(m_whole.nearCb);
+            const int farCb = across(m_whole.farCb);
+            const std::ptrdiff_t place = static_cast<std::ptrdiff_t>(x) * 4;
+            convertPixel(m_whole.luma[x], mixed(nearCr, farCr), mixed(nearCb, farCb), m_whole.target + place);
+            if (m_rows == 2)
+                convertPixel(m_whole.nextLuma[x], mixed(farCr, nearCr), mixed(farCb, nearCb),
+                             m_whole.nextTarget + place);
+        }
+    }
+
+    /// From fourfold samples sixteenths of a level, less the half of full scale.
+    static int mixed(int nearRow, int farRow) { return 3 * nearRow + farRow - 2040; }
+
+    int m_width;
+    int m_rows;
+    Yv12Stretch m_whole;
+};
 
 std::uint8_t storedOf256(float value) {
     return saturated(std::lrint(value / 256.0F * 255.0F));
@@ -180,8 +240,17 @@ void convertYv12ToBgra(const Yv12Source& source, const BgraTarget& target, Pixel
     if (source.width < 2 || source.height < 2)
         return;
     const PixelArea inside = clipped(area, source.width, source.height);
-    for (int y = inside.top; y < inside.bottom; ++y) {
-        convertYv12Row(source, target.pixels + y * target.step, y, inside.left, inside.right, kernels);
+    if (inside.left >= inside.right)
+        return;
+    if (source.width % 2 != 0 || source.height % 2 != 0) {
+        for (int y = inside.top; y < inside.bottom; ++y)
+            COddRow(source, target.pixels + y * target.step, y).convert(inside.left, inside.right);
+        return;
+    }
+    for (int y = inside.top; y < inside.bottom;) {
+        const CEvenRows rows(source, target, y, inside.bottom);
+        rows.convert(inside.left, inside.right, kernels);
+        y += rows.count();
     }
 }
 

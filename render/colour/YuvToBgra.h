@@ -46,9 +46,12 @@ struct Yuy2Source {
 ///
 ///     R = y + 1.370705·a    G = y − 0.698001·a − 0.337633·b    B = y + 1.732446·b    A = 1
 ///
-/// saturated and rounded to the nearest of 256 levels. Neither 16 … 235 nor a half level is taken into
-/// account: deliberate. Areas that do not overlap may be converted at the same time by any threads. A picture
-/// lower or narrower than 2 has no chroma, and nothing is drawn.
+/// saturated and rounded to the nearest of 256 levels. Pictures of even width and height are converted in
+/// whole numbers (YuvFactors): there a value that lies within a hundredth of a level from the half between
+/// two may become either of them, and exactly neutral chroma is exactly grey. Neither 16 … 235 nor a half
+/// level is taken into account: deliberate. Areas that do not overlap may be converted at the same time by
+/// any threads; those that begin at an odd row and end at another do best, as two rows from an odd one on
+/// share their chroma. A picture lower or narrower than 2 has no chroma, and nothing is drawn.
 void convertYv12ToBgra(const Yv12Source& source, const BgraTarget& target, PixelArea area,
                        const ColourKernels& kernels = colourKernels());
 

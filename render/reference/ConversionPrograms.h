@@ -12,8 +12,8 @@ namespace tarvo::render::reference {
 
 // The pixel programs that convert the input, each for the pixel in column x of row y. They are only drawn
 // over a whole target as large as the input, so that the pixel's number tells the place to sample without any
-// rounding. The formulas are those of render/colour/YuvToBgra.h, to the byte: what is returned is already
-// saturated and rounded to 256 levels.
+// rounding. The formulas are those of render/colour/YuvToBgra.h, to the byte, but for what lies next to a
+// half in YV12 pictures of even size: what is returned is already saturated and rounded to 256 levels.
 
 /// Luma, Cr and Cb: luma holds the pixel, the others have half its width and height, rounded down, and are
 /// not empty.

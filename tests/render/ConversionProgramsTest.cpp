@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <cstdlib>
 #include <random>
 #include <utility>
 
@@ -38,11 +38,22 @@ TEST(ConversionPrograms, yv12IsWhatTheRowsGive) {
                            {width, width / 2, width / 2}},
                           {&rows.pixels.data()->blue, std::ptrdiff_t{width} * 4}, {0, 0, width, height},
                           colourKernels(InstructionSet::reference));
+        int different = 0;
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
-                ASSERT_EQ(toBgra(yv12Program({&luma, &cr, &cb}, x, y)), rows.at(x, y)) << x << ' ' << y;
+                const Bgra program = toBgra(yv12Program({&luma, &cr, &cb}, x, y));
+                const Bgra row = rows.at(x, y);
+                different += program == row ? 0 : 1;
+                ASSERT_LE(std::abs(program.blue - row.blue), 1) << x << ' ' << y;
+                ASSERT_LE(std::abs(program.green - row.green), 1) << x << ' ' << y;
+                ASSERT_LE(std::abs(program.red - row.red), 1) << x << ' ' << y;
+                ASSERT_EQ(program.alpha, row.alpha) << x << ' ' << y;
             }
         }
+        // Rows of even size are converted in whole numbers, which may round what lies next to a half
+        // otherwise.
+        const bool isEven = width % 2 == 0 && height % 2 == 0;
+        EXPECT_LE(different, isEven ? width * height / 100 : 0);
     }
 }
 
