@@ -30,8 +30,9 @@ bool lookOutFor(IsThere isThere) noexcept {
 
 } // namespace
 
-CThreadPool::CThreadPool(int threadCount)
-    : m_threadCount(threadCount > 0 ? threadCount : platform::usableProcessors()) {}
+CThreadPool::CThreadPool(int threadCount, ThreadStarter start)
+    : m_threadCount(threadCount > 0 ? threadCount : platform::usableProcessors()), m_start(std::move(start)) {
+}
 
 CThreadPool::~CThreadPool() {
     {
@@ -146,14 +147,19 @@ CThreadPool::Job* CThreadPool::openJob() const {
 }
 
 void CThreadPool::startThreads() noexcept {
-    if (m_isStarted)
+    const auto wanted = static_cast<std::size_t>(m_threadCount) - 1;
+    if (m_threads.size() == wanted)
         return;
-    m_isStarted = true;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < m_nextStart)
+        return;
+    m_nextStart = now + std::chrono::seconds(1);
     try {
-        m_threads.reserve(static_cast<std::size_t>(m_threadCount - 1));
-        for (int i = 1; i < m_threadCount; ++i)
-            m_threads.emplace_back([this] { help(); });
-    } catch (...) { // NOLINT(bugprone-empty-catch): the system grants no more threads; fewer do the same work
+        m_threads.reserve(wanted);
+        while (m_threads.size() < wanted)
+            m_threads.push_back(m_start([this] { help(); }));
+    } catch (
+        ...) { // NOLINT(bugprone-empty-catch): a host runs for months, so a shortage is no lasting verdict
     }
 }
 

@@ -2,11 +2,14 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace tarvo::render::software {
@@ -17,8 +20,12 @@ namespace tarvo::render::software {
 /// for a few microseconds: the next step of a frame follows sooner than a sleeper wakes.
 class CThreadPool {
 public:
-    /// Counts the caller; 0 stands for as many as the process may run at once.
-    explicit CThreadPool(int threadCount = 0);
+    /// Starts a thread, or throws std::system_error.
+    using ThreadStarter = std::function<std::thread(std::function<void()>)>;
+
+    /// Counts the caller; 0 stands for as many as the process may run at once. Where the system grants no
+    /// thread, those that are there do the work, and a second later it is asked again.
+    explicit CThreadPool(int threadCount = 0, ThreadStarter start = startThread);
     /// Ends and joins the threads; no work may be under way.
     ~CThreadPool();
     CThreadPool(const CThreadPool&) = delete;
@@ -67,6 +74,7 @@ private:
         void process(int first) noexcept;
     };
 
+    static std::thread startThread(std::function<void()> work) { return std::thread(std::move(work)); }
     void runJob(Job& job, int count) noexcept;
     void help() noexcept;
     Job* openJob() const;
@@ -81,7 +89,8 @@ private:
     Job* m_first = nullptr;
     std::atomic<unsigned> m_jobsAppended{0};
     bool m_isEnding = false;
-    bool m_isStarted = false;
+    const ThreadStarter m_start;
+    std::chrono::steady_clock::time_point m_nextStart;
     std::vector<std::thread> m_threads;
 };
 

@@ -5,8 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <numeric>
+#include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace tarvo::render::software {
@@ -63,6 +67,49 @@ TEST(ThreadPool, ServesManyCallersAtOnce) {
         caller.join();
     // 0² + … + 36² = 36 · 37 · 73 / 6
     EXPECT_EQ(sums, std::vector<long>(4, 16206L * rounds));
+}
+
+TEST(ThreadPool, DoesWithoutThreadsThatAreNotGranted) {
+    int granted = 0;
+    int asked = 0;
+    CThreadPool pool(4, [&](std::function<void()> work) {
+        ++asked;
+        if (granted == 1)
+            throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+        ++granted;
+        return std::thread(std::move(work));
+    });
+    const auto indicesDone = [&pool] {
+        std::atomic<int> sum{0};
+        pool.run(100, [&](int i) noexcept { sum += i; });
+        return sum.load();
+    };
+    EXPECT_EQ(indicesDone(), 4950);
+    EXPECT_EQ(granted, 1);
+    EXPECT_EQ(asked, 2);
+    // Not with every job, which would cost more than the thread gains.
+    EXPECT_EQ(indicesDone(), 4950);
+    EXPECT_EQ(asked, 2);
+}
+
+TEST(ThreadPool, AsksForThreadsAgain) {
+    std::atomic<int> started{0};
+    bool isRefused = true;
+    CThreadPool pool(2, [&](std::function<void()> work) {
+        if (isRefused)
+            throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+        ++started;
+        return std::thread(std::move(work));
+    });
+    pool.run(2, [](int) noexcept {});
+    EXPECT_EQ(started.load(), 0);
+    isRefused = false;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (started.load() == 0 && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        pool.run(2, [](int) noexcept {});
+    }
+    EXPECT_EQ(started.load(), 1);
 }
 
 TEST(ThreadPool, IsSharedWhileSomebodyHoldsIt) {
