@@ -225,14 +225,10 @@ HRESULT CSurfaces::upload(Surface surface, const SourceRows& rows, CThreadPool& 
 
 HRESULT CSurfaces::uploadPicture(Surface surface, const SourceRows& rows, CThreadPool& pool) {
     Shown& s = shown(surface);
-    m_lentPicture = {};
     if (!s.picture->isStored() || s.picture->shares() != 1)
         s = whole(m_store.stored(m_input.width, m_input.height));
-    if (canBeLent(rows, static_cast<std::size_t>(s.width) * 4, s.height)) {
-        m_store.lend(*s.picture, rows);
-        m_lentPicture = s.picture;
-        return S_OK;
-    }
+    // A loan would gain nothing: what is sampled needs room behind its rows, so that tiles would be copied
+    // one by one, which takes longer than all of it at once.
     copyRows(pool, rows, s.picture->pixels(), static_cast<std::size_t>(s.picture->pitch()),
              static_cast<std::size_t>(s.width) * 4, s.height);
     return S_OK;
@@ -263,10 +259,6 @@ HRESULT CSurfaces::uploadPlane(CInputPlane& plane, const SourceRows& rows, CThre
 }
 
 void CSurfaces::keepInput(CThreadPool& pool) noexcept {
-    if (m_lentPicture) {
-        m_store.makeStored(*m_lentPicture, pool); // has its memory
-        m_lentPicture = {};
-    }
     const auto isLent = [this](std::size_t index) {
         return m_planes[index] != nullptr && m_planes[index]->current()->isLent();
     };

@@ -94,7 +94,6 @@ private:
     std::array<Shown, 4> m_shown; ///< conversion target, input picture, masked input, exclude area
     /// What became of the planes as they are now: another conversion gives the same picture, tiles and all.
     PictureShare m_converted;
-    PictureShare m_lentPicture;
     std::optional<LookupTables> m_lookup;
 };
 

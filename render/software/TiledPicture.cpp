@@ -51,7 +51,6 @@ PixelView CTiledPicture::view() const {
 void CTiledPicture::forgetSources() {
     m_rows = {};
     m_source = {};
-    m_lent = {};
 }
 
 void CTiledPicture::unused() {
@@ -80,10 +79,6 @@ void CTiledPicture::produce(PixelArea area, std::uint8_t* target, std::ptrdiff_t
     switch (m_content) {
     case Content::stored:
         copyArea(m_memory.data(), m_pitch, area, target, pitch);
-        break;
-    case Content::lent:
-        copyArea(static_cast<const std::uint8_t*>(static_cast<const void*>(m_lent.data)), m_lent.stepBytes,
-                 area, target, pitch);
         break;
     case Content::colour:
         fillArea(target, pitch, area, m_colour);
@@ -165,12 +160,6 @@ PictureShare CPictureStore::filled(int width, int height, Bgra colour) {
     PictureShare picture = make(CTiledPicture::Content::colour, width, height);
     picture->m_colour = colour;
     return picture;
-}
-
-void CPictureStore::lend(CTiledPicture& picture, const SourceRows& rows) {
-    std::fill(picture.m_tiles.begin(), picture.m_tiles.end(), CTiledPicture::unmade);
-    picture.m_lent = rows;
-    picture.m_content = CTiledPicture::Content::lent;
 }
 
 PictureShare CPictureStore::fromYv12(int width, int height, const std::array<CShare<RawRows>, 3>& planes) {

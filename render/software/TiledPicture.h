@@ -68,7 +68,7 @@ public:
 
 private:
     friend class CPictureStore;
-    enum class Content { stored, colour, lent, yv12, yuy2, masked };
+    enum class Content { stored, colour, yv12, yuy2, masked };
     static constexpr std::uint8_t unmade = 0;
     static constexpr std::uint8_t inTheMaking = 1;
     static constexpr std::uint8_t made = 2;
@@ -94,7 +94,6 @@ private:
     CAlignedBytes m_memory;
     mutable std::vector<std::uint8_t> m_tiles;
     Bgra m_colour;
-    SourceRows m_lent;
     std::array<CShare<RawRows>, 3> m_rows;
     CShare<CTiledPicture> m_source;
     PixelArea m_mask;
@@ -114,9 +113,6 @@ public:
 
     /// Each may throw std::bad_alloc where there was never need of so many pictures at once before.
     PictureShare filled(int width, int height, Bgra colour);
-    /// Makes a stored picture, which nobody else shares, show BGRA rows, all of it, that stay where they are
-    /// until makeStored(), which then needs no memory.
-    void lend(CTiledPicture& picture, const SourceRows& rows);
     PictureShare fromYv12(int width, int height, const std::array<CShare<RawRows>, 3>& planes);
     PictureShare fromYuy2(int width, int height, const CShare<RawRows>& packed);
     /// The source with the area black, which is opaque.
