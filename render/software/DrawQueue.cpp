@@ -1,7 +1,6 @@
 #include "render/software/DrawQueue.h"
 
 #include "render/software/kernels/Blending.h"
-#include "render/software/kernels/CustomTransform.h"
 #include "render/software/kernels/YuvConversion.h"
 
 #include <algorithm>
@@ -18,15 +17,6 @@ std::uint32_t bytesOf(Bgra pixel) {
     std::uint32_t bytes = 0;
     std::memcpy(&bytes, &pixel, sizeof(bytes));
     return bytes;
-}
-
-bool isCustom(ShaderProgram program) {
-    return program == ShaderProgram::customTransform || program == ShaderProgram::customVirtualPtz;
-}
-
-template<typename Record>
-const Record& recordOf(const QueuedDraw& draw) {
-    return *static_cast<const Record*>(static_cast<const void*>(draw.record.bytes.data()));
 }
 
 const std::uint8_t* windowPixels(const QueuedDraw& draw) {
@@ -71,9 +61,7 @@ private:
                 m_x, m_y, m_count, target);
             break;
         case ShaderProgram::yv12ToRgb:
-        case ShaderProgram::customTransform:
-        case ShaderProgram::customVirtualPtz:
-            computeFromPlaces(target, kernels);
+            convertYv12(target, kernels);
             break;
         default:
             samplePositions(target, kernels);
@@ -81,31 +69,17 @@ private:
         }
     }
 
-    void computeFromPlaces(std::uint8_t* target, const RowKernels& kernels) const noexcept {
+    void convertYv12(std::uint8_t* target, const RowKernels& kernels) const noexcept {
         float u[pieceLength];
         float v[pieceLength];
         kernels.interpolate(alongRow(values().u, m_y), m_x, m_count, u);
         kernels.interpolate(alongRow(values().v, m_y), m_x, m_count, v);
-        const PlaceRow places{u, v, m_count};
-        if (m_draw.program == ShaderProgram::yv12ToRgb) {
-            const auto& planes = m_draw.planes;
-            yv12Row({m_draw.inputWidth,
-                     m_draw.inputHeight,
-                     {planes[0]->data(), planes[1]->data(), planes[2]->data()},
-                     {planes[0]->step(), planes[1]->step(), planes[2]->step()}},
-                    places, target);
-            return;
-        }
-        const LookupTables& lookup = *m_draw.lookup;
-        const CustomSources sources{
-            windowPixels(m_draw), m_draw.window.pitch,      m_draw.window.width,
-            m_draw.window.height, lookup.rows.bytes.data(), static_cast<std::ptrdiff_t>(lookup.rows.pitch),
-            lookup.width,         lookup.rows.rows};
-        if (m_draw.program == ShaderProgram::customTransform) {
-            customTransform(recordOf<CustomTransformConstants>(m_draw), sources, places, target);
-        } else {
-            customVirtualPtz(recordOf<VirtualPtzConstants>(m_draw), sources, places, target);
-        }
+        const auto& planes = m_draw.planes;
+        yv12Row({m_draw.inputWidth,
+                 m_draw.inputHeight,
+                 {planes[0]->data(), planes[1]->data(), planes[2]->data()},
+                 {planes[0]->step(), planes[1]->step(), planes[2]->step()}},
+                {u, v, m_count}, target);
     }
 
     void samplePositions(std::uint8_t* target, const RowKernels& kernels) const noexcept {
@@ -119,6 +93,11 @@ private:
         // About as much later as memory takes to answer.
         constexpr std::ptrdiff_t distance = 6 * pieceLength;
         const bool isInBand = slot + distance + m_count <= range.raster().endSlot(m_y / bandHeight);
+        if (m_draw.tables.texels != nullptr) {
+            drawLayers(range.layers(), slot, m_count, pixels, m_draw.window.pitch, isInBand ? distance : 0,
+                       kernels, target);
+            return;
+        }
         const std::int32_t* const offsets = range.offsets() + slot;
         kernels.sample({pixels, m_draw.window.pitch, offsets, range.fractions() + slot, m_count,
                         bytesOf(m_draw.outside), target, isInBand ? offsets + distance : nullptr});
@@ -143,8 +122,7 @@ Span coveredBy(const QueuedDraw& draw, int y) {
 
 /// Whether the step samples a picture where its range says.
 bool CDrawQueue::isByPositions(const Step& step) {
-    return !step.isClear && (step.draw.picture || step.draw.pixels != nullptr) &&
-           !isCustom(step.draw.program);
+    return !step.isClear && (step.draw.picture || step.draw.pixels != nullptr);
 }
 
 void CDrawQueue::clear(Bgra colour) {
@@ -156,20 +134,14 @@ void CDrawQueue::add(QueuedDraw draw) {
     m_steps.push_back({false, {}, std::move(draw)});
 }
 
-void CDrawQueue::begin(CPictureStore& store, CThreadPool& pool, WorkCounters& counters) {
+void CDrawQueue::begin(CPictureStore& store, WorkCounters& counters) {
     try {
         for (const Step& step : m_steps) {
             const QueuedDraw& draw = step.draw;
             if (isByPositions(step) && !draw.range->isEvaluated())
                 ++counters.rangesEvaluated;
-            if (step.isClear || !draw.picture)
-                continue;
-            if (isCustom(draw.program)) {
-                // Where the tables point to is known only pixel by pixel.
-                store.makeAll(*draw.picture, pool);
-            } else {
+            if (!step.isClear && draw.picture)
                 store.bindMemory(*draw.picture);
-            }
         }
     } catch (...) {
         drop();

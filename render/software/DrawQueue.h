@@ -3,6 +3,7 @@
 #include "render/ShaderProgram.h"
 #include "render/software/DrawnRange.h"
 #include "render/software/InputPlanes.h"
+#include "render/software/LookupTables.h"
 #include "render/software/TiledPicture.h"
 
 #include <algorithm>
@@ -12,15 +13,6 @@
 #include <vector>
 
 namespace tarvo::render::software {
-
-/// The tables of the custom programs.
-struct LookupTables {
-    RawRows rows;
-    int width;
-
-    LookupTables(int theWidth, int height, const MemorySource& memory)
-        : rows(static_cast<std::size_t>(theWidth) * 8, height, memory), width(theWidth) {}
-};
 
 /// A pass with everything it looks at, which stays as it is until the pass is done.
 struct QueuedDraw {
@@ -35,7 +27,7 @@ struct QueuedDraw {
     std::array<CShare<RawRows>, 3> planes; ///< Y, Cr, Cb, or the packed frame first
     int inputWidth = 0;                    ///< of the planes
     int inputHeight = 0;
-    const LookupTables* lookup = nullptr;
+    TableView tables{}; ///< where it looks through some
 };
 
 struct TargetView {
@@ -71,7 +63,7 @@ public:
     template<typename RowsFinished>
     void execute(const TargetView& target, CPictureStore& store, CThreadPool& pool, const RowKernels& kernels,
                  WorkCounters& counters, RowsFinished rowsFinished) {
-        begin(store, pool, counters);
+        begin(store, counters);
         // All passes band by band: what one leaves behind is still in the cache for what follows from it.
         std::atomic<std::uint64_t> cleared{0};
         pool.run(bandCount(target.height), [&](int band) noexcept {
@@ -90,7 +82,7 @@ private:
     };
 
     static bool isByPositions(const Step& step);
-    void begin(CPictureStore& store, CThreadPool& pool, WorkCounters& counters);
+    void begin(CPictureStore& store, WorkCounters& counters);
     /// Forgets the passes, whose positions all bands have now.
     void end() noexcept;
     /// The pixels that were cleared.

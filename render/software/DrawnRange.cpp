@@ -3,30 +3,42 @@
 #include "render/software/TiledPicture.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tarvo::render::software {
 namespace {
 
-template<typename Element>
-Element* elements(const CAlignedBytes& bytes) {
-    return static_cast<Element*>(static_cast<void*>(bytes.data()));
-}
+/// Where the grid of the first of several tables lies in the lookup surface, in texels from the first one's
+/// centre, and how far the next is. Both records of programs with tables begin alike.
+struct TableGrid {
+    float scaleX;
+    float scaleY;
+    float originX;
+    float originY;
+    float nextTable;
 
-void growTo(CAlignedBytes& bytes, std::size_t size, const MemorySource& memory) {
-    if (bytes.size() < size) {
-        bytes = {}; // first, so that both are never held
-        bytes = CAlignedBytes(size, memory);
+    TableGrid(const RecordBytes& record, const TableView& tables) {
+        CustomTransformConstants c{};
+        std::memcpy(&c, record.bytes.data(), sizeof(c));
+        const auto columns = static_cast<float>(tables.columns);
+        const float rowsOfAll = static_cast<float>(tables.rows);
+        const float rows = rowsOfAll / static_cast<float>(std::max(c.numberOfTables, 1U));
+        scaleX = c.lookupRectangle[2] * columns;
+        originX = c.lookupRectangle[0] * columns - 0.5F;
+        scaleY = c.lookupRectangle[3] * rows;
+        originY = c.lookupRectangle[1] * rows - 0.5F;
+        nextTable = c.tableHeight * rowsOfAll;
     }
-}
+};
 
 } // namespace
 
 const std::int32_t* CDrawnRange::offsets() const {
-    return elements<std::int32_t>(m_offsets);
+    return elementsOf<std::int32_t>(m_offsets);
 }
 
 const std::uint16_t* CDrawnRange::fractions() const {
-    return elements<std::uint16_t>(m_fractions);
+    return elementsOf<std::uint16_t>(m_fractions);
 }
 
 void CDrawnRange::forgetPositions(const PositionKey& positions, int targetHeight,
@@ -34,13 +46,18 @@ void CDrawnRange::forgetPositions(const PositionKey& positions, int targetHeight
     // Marked only once everything has its memory: what fails half-way is built again the next time.
     m_isEvaluated = false;
     m_positionKey = {};
+    const bool isThroughTables = positions.tables.texels != nullptr;
+    if (!isThroughTables)
+        m_layers.clear(); // which are by far the largest
     if (positions.kernel != nullptr) {
-        growTo(m_offsets, m_raster.slotCount() * sizeof(std::int32_t), memory);
-        growTo(m_fractions, m_raster.slotCount() * sizeof(std::uint16_t), memory);
-        const auto tiles = static_cast<std::size_t>(tileColumns(positions.window.pictureWidth)) *
-                           static_cast<std::size_t>(tileRows(positions.window.pictureHeight));
+        if (isThroughTables) {
+            m_layers.reserve(positions.tables.layers, m_raster.slotCount(), memory);
+        } else {
+            growTo(m_offsets, m_raster.slotCount() * sizeof(std::int32_t), memory);
+            growTo(m_fractions, m_raster.slotCount() * sizeof(std::uint16_t), memory);
+        }
         const auto bands = static_cast<std::size_t>(bandCount(targetHeight));
-        m_tileWords = tileWords(tiles);
+        m_tileWords = tileWordsOf(positions.window);
         m_tiles.assign(bands * m_tileWords, 0);
         if (m_allTiles.size() != m_tileWords)
             m_allTiles.assign(m_tileWords, 0);
@@ -63,6 +80,11 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
     if (state != Band::unknown)
         return;
     const auto tiles = std::span(m_tiles).subspan(static_cast<std::size_t>(band) * m_tileWords, m_tileWords);
+    if (m_positionKey.tables.texels != nullptr) {
+        evaluateLayers(band, kernels, tiles);
+        state = Band::anyhow;
+        return;
+    }
     const int firstRow = std::max(m_raster.top(), band * bandHeight);
     const int endRow = std::min(m_raster.bottom(), (band + 1) * bandHeight);
     // In a view that is only a few knots wide, neighbours may be turns apart and still look smooth.
@@ -78,7 +100,7 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
             projectKnots(span, firstRow, endRow, x, kernels, knots);
         const int row = (y - firstRow) * knotLanes;
         if (!hasKnots || !kernels.spread(knots.x + row, knots.y + row, count, positionX, positionY))
-            project(span, y, x, count, kernels, positionX, positionY);
+            project(span, y, 1, x, count, kernels, positionX, positionY);
         isStraight = packPiece(span, y, x, count, kernels, positionX, positionY, tiles) && isStraight;
     });
     state = isStraight ? Band::straight : Band::anyhow;
@@ -105,16 +127,18 @@ void CDrawnRange::projectKnots(const Span& span, int firstRow, int endRow, int x
         {knots.x, knots.y, static_cast<float>(window.width), static_cast<float>(window.height)});
 }
 
-void CDrawnRange::project(const Span& span, int y, int x, int count, const RowKernels& kernels,
+void CDrawnRange::project(const Span& span, int y, int rows, int x, int count, const RowKernels& kernels,
                           float* positionX, float* positionY) const noexcept {
     const SampledWindow& window = m_positionKey.window;
     const VertexValues& values = m_raster.values(span);
-    alignas(alignment) float u[pieceLength];
-    alignas(alignment) float v[pieceLength];
-    kernels.interpolate(alongRow(values.u, y), x, count, u);
-    kernels.interpolate(alongRow(values.v, y), x, count, v);
+    alignas(alignment) float u[rowsAtOnce * pieceLength];
+    alignas(alignment) float v[rowsAtOnce * pieceLength];
+    for (int row = 0; row < rows; ++row) {
+        kernels.interpolate(alongRow(values.u, y + row), x, count, u + row * count);
+        kernels.interpolate(alongRow(values.v, y + row), x, count, v + row * count);
+    }
     m_positionKey.kernel(
-        m_positionKey.record.bytes.data(), {u, v, count},
+        m_positionKey.record.bytes.data(), {u, v, rows * count},
         {positionX, positionY, static_cast<float>(window.width), static_cast<float>(window.height)});
 }
 
@@ -125,10 +149,64 @@ bool CDrawnRange::packPiece(const Span& span, int y, int x, int count, const Row
     GroupBox boxes[pieceLength / groupLength];
     const std::ptrdiff_t slot = m_raster.slotOf(span, y, x);
     kernels.pack({positionX, positionY, count, window.width, window.height, m_positionKey.isBounded,
-                  static_cast<std::int32_t>(window.pitch), elements<std::int32_t>(m_offsets) + slot,
-                  elements<std::uint16_t>(m_fractions) + slot, boxes});
-    touch(boxes, slot, count, tiles);
+                  static_cast<std::int32_t>(window.pitch), elementsOf<std::int32_t>(m_offsets) + slot,
+                  elementsOf<std::uint16_t>(m_fractions) + slot, boxes});
+    touchTiles(window, boxes, offsets() + slot, count, tiles);
     return isStraightPiece(slot, count);
+}
+
+void CDrawnRange::evaluateLayers(int band, const RowKernels& kernels,
+                                 std::span<std::uint64_t> tiles) noexcept {
+    const TableView& tables = m_positionKey.tables;
+    const SampledWindow& window = m_positionKey.window;
+    const TableGrid grid(m_positionKey.record, tables);
+    const int firstRow = std::max(m_raster.top(), band * bandHeight);
+    const int endRow = std::min(m_raster.bottom(), (band + 1) * bandHeight);
+    alignas(alignment) float x[rowsAtOnce * pieceLength];
+    alignas(alignment) float y[rowsAtOnce * pieceLength];
+    m_raster.forEachPiece(band, [&](const Span& span, int row, int column, int count) {
+        // A camera's sines and cosines are worth some rows of a rectangle, whose pieces follow one another.
+        const int step = m_raster.isRectangle() ? (row - firstRow) % rowsAtOnce : 0;
+        if (step == 0) {
+            const int rows = m_raster.isRectangle() ? std::min(rowsAtOnce, endRow - row) : 1;
+            project(span, row, rows, column, count, kernels, x, y);
+        }
+        const std::ptrdiff_t slot = m_raster.slotOf(span, row, column);
+        SeenLayers seen;
+        for (int layer = 0; layer < tables.layers; ++layer) {
+            const TableWeights weights = lookUpPiece(
+                {x + step * count, y + step * count, count, tables.texels, tables.pitch, tables.columns,
+                 tables.rows, grid.scaleX, grid.scaleY, grid.originX,
+                 grid.originY + grid.nextTable * static_cast<float>(layer), static_cast<float>(window.width),
+                 static_cast<float>(window.height), nullptr, nullptr, nullptr},
+                layer, slot, kernels, tiles);
+            const auto bit = static_cast<std::uint8_t>(1U << static_cast<unsigned>(layer));
+            if (weights != TableWeights::none)
+                seen.layers |= bit;
+            if (weights == TableWeights::full)
+                seen.full |= bit;
+        }
+        m_layers.seen(slot) = seen;
+    });
+}
+
+TableWeights CDrawnRange::lookUpPiece(TableRow row, int layer, std::ptrdiff_t slot, const RowKernels& kernels,
+                                      std::span<std::uint64_t> tiles) noexcept {
+    const SampledWindow& window = m_positionKey.window;
+    const CTableLayers::Layer target = m_layers.at(layer, slot);
+    alignas(alignment) float positionX[pieceLength];
+    alignas(alignment) float positionY[pieceLength];
+    row.positionX = positionX;
+    row.positionY = positionY;
+    row.weights = target.weights;
+    const TableWeights weights = kernels.lookUp(row);
+    if (weights == TableWeights::none)
+        return weights;
+    GroupBox boxes[pieceLength / groupLength];
+    kernels.pack({positionX, positionY, row.count, window.width, window.height, m_positionKey.isBounded,
+                  static_cast<std::int32_t>(window.pitch), target.offsets, target.fractions, boxes});
+    touchTiles(window, boxes, target.offsets, row.count, tiles);
+    return weights;
 }
 
 bool CDrawnRange::isStraightPiece(std::ptrdiff_t slot, int count) const {
@@ -139,112 +217,6 @@ bool CDrawnRange::isStraightPiece(std::ptrdiff_t slot, int count) const {
             return false;
     }
     return true;
-}
-
-CDrawnRange::TileBox CDrawnRange::tilesOf(const GroupBox& box) const noexcept {
-    const SampledWindow& window = m_positionKey.window;
-    const auto tile = [](int place, int size) {
-        return static_cast<unsigned>(place) / static_cast<unsigned>(size);
-    };
-    // With the neighbours to the right and below, which the last pixels do not have.
-    return {tile(window.left + box.left, tileWidth), tile(window.top + box.top, tileHeight),
-            tile(window.left + std::min(box.right + 1, window.width - 1), tileWidth),
-            tile(window.top + std::min(box.bottom + 1, window.height - 1), tileHeight)};
-}
-
-void CDrawnRange::touch(const GroupBox* boxes, std::ptrdiff_t slot, int count,
-                        std::span<std::uint64_t> tiles) const noexcept {
-    constexpr unsigned mostTilesOfNeighbours = 6;
-    TileBox last{1, 1, 0, 0};
-    // The tiles of the box around a few neighbours are as good as always those that they look at; where the
-    // projection tears neighbours apart, they are taken one by one.
-    for (int begin = 0; begin < count; begin += groupLength) {
-        const GroupBox& box = boxes[begin / groupLength];
-        if (box.left > box.right)
-            continue;
-        const TileBox touched = tilesOf(box);
-        if (touched == last)
-            continue;
-        if ((touched.right - touched.left + 1) * (touched.bottom - touched.top + 1) <=
-            mostTilesOfNeighbours) {
-            touchBox(touched, tiles);
-            last = touched;
-            continue;
-        }
-        const std::int32_t* const first = offsets() + slot;
-        const auto pitch = static_cast<std::int32_t>(m_positionKey.window.pitch);
-        for (int i = begin; i < std::min(begin + groupLength, count); ++i) {
-            if (first[i] < 0)
-                continue;
-            const std::int32_t row = first[i] / pitch;
-            const std::int32_t column = (first[i] - row * pitch) / 4;
-            touchBox(tilesOf({column, row, column, row}), tiles);
-        }
-    }
-}
-
-void CDrawnRange::touchBox(const TileBox& box, std::span<std::uint64_t> tiles) const noexcept {
-    const auto columns = static_cast<unsigned>(tileColumns(m_positionKey.window.pictureWidth));
-    for (unsigned row = box.top; row <= box.bottom; ++row) {
-        for (unsigned tile = row * columns + box.left; tile <= row * columns + box.right; ++tile)
-            tiles[tile / 64] |= std::uint64_t{1} << tile % 64;
-    }
-}
-
-CDrawnRange* CDrawnRanges::find(const RasterKey& raster, const PositionKey& positions) {
-    for (const auto& range : m_ranges) {
-        if (range->m_isRasterised && range->m_rasterKey == raster && range->m_positionKey == positions)
-            return range.get();
-    }
-    return nullptr;
-}
-
-CDrawnRange* CDrawnRanges::choose(const RasterKey& raster) {
-    const auto isBetter = [&](const CDrawnRange& a, const CDrawnRange& b) {
-        // One that drew these vertices before has memory of the right size, and perhaps the raster.
-        const auto rank = [&](const CDrawnRange& range) {
-            return range.m_rasterKey == raster ? 2 : range.m_rasterKey.range == raster.range ? 1 : 0;
-        };
-        return rank(a) != rank(b) ? rank(a) > rank(b) : a.m_lastUse < b.m_lastUse;
-    };
-    CDrawnRange* best = nullptr;
-    for (const auto& range : m_ranges) {
-        if (!range->m_isInUse && (best == nullptr || isBetter(*range, *best)))
-            best = range.get();
-    }
-    const bool isOwn = best != nullptr && best->m_rasterKey.range == raster.range;
-    if (!isOwn && m_ranges.size() < limit) {
-        m_ranges.push_back(std::make_unique<CDrawnRange>());
-        best = m_ranges.back().get();
-    }
-    return best;
-}
-
-CDrawnRange* CDrawnRanges::acquire(const RasterKey& raster, const PositionKey& positions,
-                                   std::span<const geometry::Vertex> vertices,
-                                   std::span<const std::uint32_t> indices) {
-    CDrawnRange* range = find(raster, positions);
-    if (range == nullptr) {
-        range = choose(raster);
-        if (range == nullptr)
-            return nullptr;
-        if (!range->m_isRasterised || !(range->m_rasterKey == raster)) {
-            range->m_isRasterised = false;
-            range->m_rasterKey = raster;
-            range->m_raster.build(vertices, indices, raster.range.topology, raster.targetWidth,
-                                  raster.targetHeight);
-            range->m_isRasterised = true;
-        }
-        range->forgetPositions(positions, raster.targetHeight, m_memory);
-    }
-    range->m_isInUse = true;
-    range->m_lastUse = ++m_uses;
-    return range;
-}
-
-void CDrawnRanges::release() {
-    for (const auto& range : m_ranges)
-        range->m_isInUse = false;
 }
 
 } // namespace tarvo::render::software

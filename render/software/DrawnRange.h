@@ -5,12 +5,13 @@
 #include "render/Pass.h"
 #include "render/software/AlignedBytes.h"
 #include "render/software/Raster.h"
+#include "render/software/TableLayers.h"
+#include "render/software/TouchedTiles.h"
 #include "render/software/kernels/RowKernels.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -22,19 +23,6 @@ struct RecordBytes {
     std::size_t size = 0;
 
     friend bool operator==(const RecordBytes&, const RecordBytes&) = default;
-};
-
-/// The picture that a program samples: a window of a tiled picture.
-struct SampledWindow {
-    int left = 0;
-    int top = 0;
-    int width = 0;
-    int height = 0;
-    int pictureWidth = 0;
-    int pictureHeight = 0;
-    std::ptrdiff_t pitch = 0;
-
-    friend bool operator==(const SampledWindow&, const SampledWindow&) = default;
 };
 
 /// Which pixels a range of vertices covers: depends on nothing else than this.
@@ -54,6 +42,7 @@ struct PositionKey {
     bool isBounded = false;          ///< looks at nothing outside the picture
     RecordBytes record{};
     SampledWindow window{};
+    TableView tables{}; ///< the kernel's positions are places on their grid, if there are such
 
     friend bool operator==(const PositionKey&, const PositionKey&) = default;
 };
@@ -65,9 +54,10 @@ struct PositionKey {
 class CDrawnRange {
 public:
     const CRaster& raster() const { return m_raster; }
-    /// By the slots of the raster's spans.
+    /// By the slots of the raster's spans; of a range that looks through tables, those of layers() instead.
     const std::int32_t* offsets() const;
     const std::uint16_t* fractions() const;
+    const CTableLayers& layers() const { return m_layers; }
     /// The tiles of the picture that a band looks at, as bits, tile 0 being the lowest of the first word.
     std::span<const std::uint64_t> tiles(int band) const {
         return std::span(m_tiles).subspan(static_cast<std::size_t>(band) * m_tileWords, m_tileWords);
@@ -100,28 +90,25 @@ private:
     };
     void projectKnots(const Span& span, int firstRow, int endRow, int x, const RowKernels& kernels,
                       Knots& knots) const noexcept;
-    /// The positions of a piece.
-    void project(const Span& span, int y, int x, int count, const RowKernels& kernels, float* positionX,
-                 float* positionY) const noexcept;
+    /// As many rows may be projected at once.
+    static constexpr int rowsAtOnce = 4;
+    /// The positions of a piece, and of those below it in the next rows, one after the other.
+    void project(const Span& span, int y, int rows, int x, int count, const RowKernels& kernels,
+                 float* positionX, float* positionY) const noexcept;
     bool isStraightPiece(std::ptrdiff_t slot, int count) const;
-    struct TileBox {
-        unsigned left;
-        unsigned top;
-        unsigned right;
-        unsigned bottom;
-
-        friend bool operator==(const TileBox&, const TileBox&) = default;
-    };
-    TileBox tilesOf(const GroupBox& box) const noexcept;
-    void touch(const GroupBox* boxes, std::ptrdiff_t slot, int count,
-               std::span<std::uint64_t> tiles) const noexcept;
-    void touchBox(const TileBox& box, std::span<std::uint64_t> tiles) const noexcept;
+    /// The same as evaluateBand() does, through tables.
+    void evaluateLayers(int band, const RowKernels& kernels, std::span<std::uint64_t> tiles) noexcept;
+    /// The positions and weights of a piece in one table, of which `row` has everything but the places to
+    /// write to, packed; whether there is anything to see.
+    TableWeights lookUpPiece(TableRow row, int layer, std::ptrdiff_t slot, const RowKernels& kernels,
+                             std::span<std::uint64_t> tiles) noexcept;
 
     RasterKey m_rasterKey;
     PositionKey m_positionKey;
     CRaster m_raster;
     CAlignedBytes m_offsets;
     CAlignedBytes m_fractions;
+    CTableLayers m_layers;
     std::vector<Band> m_bands;
     std::vector<std::uint64_t> m_tiles; ///< of all bands
     std::vector<std::uint64_t> m_allTiles;
@@ -130,30 +117,6 @@ private:
     bool m_isEvaluated = false;
     bool m_isInUse = false;
     std::uint64_t m_lastUse = 0;
-};
-
-/// The ranges drawn lately. A view at rest finds all of its own again; one that moves finds their memory.
-class CDrawnRanges {
-public:
-    explicit CDrawnRanges(const MemorySource& memory) : m_memory(memory) {}
-
-    /// The range of these keys, in use until release(); null while too many are in use. Throws
-    /// std::bad_alloc.
-    CDrawnRange* acquire(const RasterKey& raster, const PositionKey& positions,
-                         std::span<const geometry::Vertex> vertices, std::span<const std::uint32_t> indices);
-    /// Ends all uses.
-    void release();
-
-private:
-    /// The quad view takes four at once; with margin for the paste, the overview and what comes and goes.
-    static constexpr std::size_t limit = 16;
-
-    CDrawnRange* find(const RasterKey& raster, const PositionKey& positions);
-    CDrawnRange* choose(const RasterKey& raster);
-
-    const MemorySource& m_memory;
-    std::vector<std::unique_ptr<CDrawnRange>> m_ranges;
-    std::uint64_t m_uses = 0;
 };
 
 /// A vertex value along row y.

@@ -18,9 +18,9 @@ ProgramNeeds needsOf(ShaderProgram program) {
     case ShaderProgram::panoramaDesk:
         return {true, ConstantSlot::dewarp, dewarp, &RowKernels::panoramaDesk, true, true};
     case ShaderProgram::customTransform:
-        return {true, ConstantSlot::custom, sizeof(CustomTransformConstants), nullptr};
+        return {true, ConstantSlot::custom, sizeof(CustomTransformConstants), &RowKernels::customTransform};
     case ShaderProgram::customVirtualPtz:
-        return {true, ConstantSlot::custom, sizeof(VirtualPtzConstants), nullptr};
+        return {true, ConstantSlot::custom, sizeof(VirtualPtzConstants), &RowKernels::customVirtualPtz};
     case ShaderProgram::excludeRegion:
         return {false, ConstantSlot::exclude, sizeof(ExcludeConstants), &RowKernels::excludeRegion};
     case ShaderProgram::yuy2ToRgb:
@@ -37,6 +37,14 @@ ProgramNeeds needsOf(ShaderProgram program) {
 
 bool isCustom(ShaderProgram program) {
     return needsOf(program).slot == ConstantSlot::custom;
+}
+
+int layersOf(const RecordBytes& record) {
+    // Both records begin alike.
+    static_assert(offsetof(CustomTransformConstants, numberOfTables) ==
+                  offsetof(VirtualPtzConstants, numberOfTables));
+    const std::uint32_t tables = recordAs<CustomTransformConstants>(record).numberOfTables;
+    return static_cast<int>(std::min<std::uint32_t>(tables, mostLayers));
 }
 
 RecordBytes recordFrom(std::span<const std::byte> constants, std::size_t size) {

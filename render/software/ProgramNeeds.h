@@ -28,6 +28,9 @@ ProgramNeeds needsOf(ShaderProgram program);
 /// Whether it looks through tables.
 bool isCustom(ShaderProgram program);
 
+/// How many tables such a program's record makes it look through.
+int layersOf(const RecordBytes& record);
+
 /// The first `size` bytes, of which there are as many.
 RecordBytes recordFrom(std::span<const std::byte> constants, std::size_t size);
 

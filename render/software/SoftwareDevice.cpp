@@ -1,5 +1,6 @@
 #include "render/software/SoftwareDevice.h"
 
+#include "render/software/DrawnRanges.h"
 #include "render/software/ProgramNeeds.h"
 #include "render/software/WholePicture.h"
 #include "render/software/kernels/Blending.h"
@@ -262,7 +263,7 @@ HRESULT CSoftwareDevice::Frame::findTextures(const Pass& pass, QueuedDraw& draw)
     if (isCustom(pass.program)) {
         if (pass.textures[4] != Surface::lookup)
             return E_INVALIDARG;
-        draw.lookup = surfaces.lookup();
+        draw.tables = surfaces.tables(layersOf(draw.record));
     }
     if (pass.textures[0] == Surface::outputTarget) {
         const TargetView& output = surfaces.output();
@@ -329,8 +330,12 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
         return E_FAIL;
     PositionKey positions;
     if (const ProgramNeeds needs = needsOf(pass.program); needs.kernel != nullptr)
-        positions = {rowKernels().*needs.kernel, needs.isProjection, needs.isBounded, draw.record,
-                     draw.window};
+        positions = {rowKernels().*needs.kernel,
+                     needs.isProjection,
+                     needs.isBounded,
+                     draw.record,
+                     draw.window,
+                     draw.tables};
     draw.range = acquire(positions);
     if (!isConversion) {
         frame.queue.add(std::move(draw));

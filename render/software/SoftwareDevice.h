@@ -4,7 +4,6 @@
 #include "render/RenderDevice.h"
 #include "render/software/AlignedBytes.h"
 #include "render/software/DrawQueue.h"
-#include "render/software/DrawnRange.h"
 #include "render/software/Surfaces.h"
 #include "render/software/ThreadPool.h"
 

@@ -212,8 +212,7 @@ HRESULT CSurfaces::upload(Surface surface, const SourceRows& rows, CThreadPool& 
     if (surface == Surface::lookup) {
         if (!m_lookup)
             return E_FAIL;
-        RawRows& target = m_lookup->rows;
-        copyRows(pool, rows, target.bytes.data(), target.pitch, target.rowBytes, target.rows);
+        m_lookup->upload(rows, pool, ++m_lookupVersion);
         return S_OK;
     }
     if (const std::optional<std::size_t> index = planeIndex(surface))
@@ -331,10 +330,10 @@ void CSurfaces::keepPacked(const CTiledPicture* converted, CThreadPool& pool) no
 }
 
 void CSurfaces::setLookup(int width, int height) {
-    if (m_lookup && m_lookup->width == width && m_lookup->rows.rows == height)
+    if (m_lookup && m_lookup->width() == width && m_lookup->height() == height)
         return;
     m_lookup.reset();
-    m_lookup.emplace(width, height, m_memory);
+    m_lookup.emplace(width, height, m_memory, ++m_lookupVersion);
 }
 
 } // namespace tarvo::render::software

@@ -4,6 +4,7 @@
 #include "render/Pass.h"
 #include "render/RenderDevice.h"
 #include "render/software/DrawQueue.h"
+#include "render/software/LookupTables.h"
 #include "render/software/TiledPicture.h"
 
 #include <array>
@@ -61,7 +62,8 @@ public:
     /// The lookup surface; kept when it has the size already.
     void setLookup(int width, int height);
     void releaseLookup() { m_lookup.reset(); }
-    const LookupTables* lookup() const { return m_lookup ? &*m_lookup : nullptr; }
+    /// The first tables of it, which is there.
+    TableView tables(int layers) const { return m_lookup->view(layers); }
 
 private:
     /// What a picture surface shows.
@@ -94,7 +96,8 @@ private:
     std::array<Shown, 4> m_shown; ///< conversion target, input picture, masked input, exclude area
     /// What became of the planes as they are now: another conversion gives the same picture, tiles and all.
     PictureShare m_converted;
-    std::optional<LookupTables> m_lookup;
+    std::optional<CLookupTables> m_lookup;
+    std::uint64_t m_lookupVersion = 0; ///< the last one given
 };
 
 } // namespace tarvo::render::software

@@ -1,5 +1,6 @@
 // Compiled for AVX2.
 #include "render/software/kernels/GroupBoxes.h"
+#include "render/software/kernels/RowTable.h"
 
 #include <immintrin.h>
 
@@ -30,20 +31,29 @@ __m256i inBothHalves(__m128i bytes) {
     return _mm256_add_epi16(_mm256_maddubs_epi16(shares, centred), _mm256_set1_epi16(32640));
 }
 
-/// Four pixels, a channel in 16 bits.
-[[gnu::always_inline]] inline __m256i sampleFour(const SampleRow& row, int i) {
+/// Four pixels, a channel in 16 bits, 255-fold.
+[[gnu::always_inline]] inline __m256i mixFour(const std::uint8_t* pixels, std::ptrdiff_t pitch,
+                                              const std::int32_t* offsets, const std::uint16_t* shares255) {
     const __m256i fractions =
-        _mm256_cvtepu16_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(row.fractions + i)));
+        _mm256_cvtepu16_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(shares255)));
     const __m256i right = _mm256_shuffle_epi8(
         fractions, inBothHalves(_mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 8, 8, 8, 8, 8, 8, 8, 8)));
     const __m256i down = _mm256_shuffle_epi8(
         fractions, inBothHalves(_mm_setr_epi8(1, 1, 1, 1, 1, 1, 1, 1, 9, 9, 9, 9, 9, 9, 9, 9)));
     const __m256i shares = _mm256_xor_si256(right, _mm256_set1_epi16(0x00FF));
-    const __m256i above = mixAcross(pixelPairs(row.pixels, row.offsets + i), shares);
-    const __m256i below = mixAcross(pixelPairs(row.pixels + row.pitch, row.offsets + i), shares);
+    const __m256i above = mixAcross(pixelPairs(pixels, offsets), shares);
+    const __m256i below = mixAcross(pixelPairs(pixels + pitch, offsets), shares);
     const __m256i up = _mm256_xor_si256(down, _mm256_set1_epi16(-1));
-    const __m256i mix = _mm256_add_epi16(_mm256_mulhi_epu16(above, up), _mm256_mulhi_epu16(below, down));
-    return _mm256_mulhi_epu16(_mm256_add_epi16(mix, _mm256_set1_epi16(127)), _mm256_set1_epi16(257));
+    return _mm256_add_epi16(_mm256_mulhi_epu16(above, up), _mm256_mulhi_epu16(below, down));
+}
+
+/// From 255-fold levels, saturated on the way as far as 16 bits go.
+[[gnu::always_inline]] inline __m256i levelsOf(__m256i mix) {
+    return _mm256_mulhi_epu16(_mm256_adds_epu16(mix, _mm256_set1_epi16(127)), _mm256_set1_epi16(257));
+}
+
+[[gnu::always_inline]] inline __m256i sampleFour(const SampleRow& row, int i) {
+    return levelsOf(mixFour(row.pixels, row.pitch, row.offsets + i, row.fractions + i));
 }
 
 void sample(const SampleRow& row) {
@@ -63,6 +73,49 @@ void sample(const SampleRow& row) {
                             inOrder);
     }
     samplePlainly(row, i, row.count);
+}
+
+/// What a layer adds to four pixels.
+[[gnu::always_inline]] inline __m256i weightedFour(const MixRow& row, const MixLayer& layer, int i) {
+    const __m256i weights = _mm256_shuffle_epi8(
+        _mm256_cvtepu16_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(layer.weights + i))),
+        inBothHalves(_mm_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 8, 9, 8, 9, 8, 9, 8, 9)));
+    return _mm256_mulhi_epu16(mixFour(row.pixels, row.pitch, layer.offsets + i, layer.fractions + i),
+                              weights);
+}
+
+/// False, and nothing written, where a layer sees only some of the eight pixels.
+bool mixEight(const MixRow& row, int i) {
+    __m256i first = _mm256_setzero_si256();
+    __m256i second = _mm256_setzero_si256();
+    for (int k = 0; k < row.layerCount; ++k) {
+        const MixLayer& layer = row.layers[k];
+        const int unseen = _mm256_movemask_ps(
+            _mm256_castsi256_ps(_mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(layer.offsets + i))));
+        if (unseen == 0xFF)
+            continue;
+        if (unseen != 0)
+            return false;
+        first = _mm256_adds_epu16(first, weightedFour(row, layer, i));
+        second = _mm256_adds_epu16(second, weightedFour(row, layer, i + 4));
+    }
+    const __m256i levels = _mm256_packus_epi16(levelsOf(first), levelsOf(second));
+    const __m256i opaque = _mm256_set1_epi32(static_cast<int>(0xFF000000U));
+    // Packing takes turns in either half.
+    const __m256i inOrder = _mm256_or_si256(_mm256_permute4x64_epi64(levels, 0xD8), opaque);
+    _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.target + static_cast<std::ptrdiff_t>(i) * 4),
+                        inOrder);
+    return true;
+}
+
+void mixLayers(const MixRow& row) {
+    constexpr int block = 8;
+    int i = 0;
+    for (; i + block <= row.count; i += block) {
+        if (!mixEight(row, i))
+            mixLayersPlainly(row, i, i + block);
+    }
+    mixLayersPlainly(row, i, row.count);
 }
 
 /// The columns or lines of one direction, and the shares of the next in 255ths.
@@ -153,6 +206,6 @@ void pack(const PackRow& row) {
 
 } // namespace
 
-constinit const RowKernels avx2Rows = rowsWith(pack, sample);
+constinit const RowKernels avx2Rows = rowsWith(pack, sample, mixLayers);
 
 } // namespace tarvo::render::software

@@ -1,5 +1,6 @@
 // Compiled for AVX-512 F, BW and VL.
 #include "render/software/kernels/GroupBoxes.h"
+#include "render/software/kernels/RowTable.h"
 
 #include <immintrin.h>
 
@@ -21,21 +22,30 @@ namespace {
     return _mm512_add_epi16(_mm512_maddubs_epi16(shares, centred), _mm512_set1_epi16(32640));
 }
 
-/// Eight pixels, a channel in 16 bits.
-[[gnu::always_inline]] inline __m512i sampleEight(const SampleRow& row, int i) {
+/// Eight pixels, a channel in 16 bits, 255-fold.
+[[gnu::always_inline]] inline __m512i mixEight(const std::uint8_t* pixels, std::ptrdiff_t pitch,
+                                               const std::int32_t* places, const std::uint16_t* shares255) {
     const __m512i fractions =
-        _mm512_cvtepu16_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(row.fractions + i)));
+        _mm512_cvtepu16_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(shares255)));
     const __m512i right = _mm512_shuffle_epi8(
         fractions, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 8, 8, 8, 8, 8, 8, 8, 8)));
     const __m512i down = _mm512_shuffle_epi8(
         fractions, _mm512_broadcast_i32x4(_mm_setr_epi8(1, 1, 1, 1, 1, 1, 1, 1, 9, 9, 9, 9, 9, 9, 9, 9)));
     const __m512i shares = _mm512_xor_si512(right, _mm512_set1_epi16(0x00FF));
-    const __m256i offsets = _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(row.offsets + i));
-    const __m512i above = mixAcross(pixelPairs(row.pixels, offsets), shares);
-    const __m512i below = mixAcross(pixelPairs(row.pixels + row.pitch, offsets), shares);
+    const __m256i offsets = _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(places));
+    const __m512i above = mixAcross(pixelPairs(pixels, offsets), shares);
+    const __m512i below = mixAcross(pixelPairs(pixels + pitch, offsets), shares);
     const __m512i up = _mm512_xor_si512(down, _mm512_set1_epi16(-1));
-    const __m512i mix = _mm512_add_epi16(_mm512_mulhi_epu16(above, up), _mm512_mulhi_epu16(below, down));
-    return _mm512_mulhi_epu16(_mm512_add_epi16(mix, _mm512_set1_epi16(127)), _mm512_set1_epi16(257));
+    return _mm512_add_epi16(_mm512_mulhi_epu16(above, up), _mm512_mulhi_epu16(below, down));
+}
+
+/// From 255-fold levels, saturated on the way as far as 16 bits go.
+[[gnu::always_inline]] inline __m512i levelsOf(__m512i mix) {
+    return _mm512_mulhi_epu16(_mm512_adds_epu16(mix, _mm512_set1_epi16(127)), _mm512_set1_epi16(257));
+}
+
+[[gnu::always_inline]] inline __m512i sampleEight(const SampleRow& row, int i) {
+    return levelsOf(mixEight(row.pixels, row.pitch, row.offsets + i, row.fractions + i));
 }
 
 void sample(const SampleRow& row) {
@@ -54,6 +64,48 @@ void sample(const SampleRow& row) {
         _mm512_storeu_si512(row.target + static_cast<std::ptrdiff_t>(i) * 4, inOrder);
     }
     samplePlainly(row, i, row.count);
+}
+
+/// What a layer adds to eight pixels.
+[[gnu::always_inline]] inline __m512i weightedEight(const MixRow& row, const MixLayer& layer, int i) {
+    const __m512i weights = _mm512_shuffle_epi8(
+        _mm512_cvtepu16_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(layer.weights + i))),
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 8, 9, 8, 9, 8, 9, 8, 9)));
+    return _mm512_mulhi_epu16(mixEight(row.pixels, row.pitch, layer.offsets + i, layer.fractions + i),
+                              weights);
+}
+
+/// False, and nothing written, where a layer sees only some of the sixteen pixels.
+bool mixSixteen(const MixRow& row, int i) {
+    __m512i first = _mm512_setzero_si512();
+    __m512i second = _mm512_setzero_si512();
+    for (int k = 0; k < row.layerCount; ++k) {
+        const MixLayer& layer = row.layers[k];
+        const __mmask16 unseen =
+            _mm512_cmplt_epi32_mask(_mm512_loadu_si512(layer.offsets + i), _mm512_setzero_si512());
+        if (unseen == 0xFFFF)
+            continue;
+        if (unseen != 0)
+            return false;
+        first = _mm512_adds_epu16(first, weightedEight(row, layer, i));
+        second = _mm512_adds_epu16(second, weightedEight(row, layer, i + 8));
+    }
+    const __m512i levels = _mm512_packus_epi16(levelsOf(first), levelsOf(second));
+    const __m512i opaque = _mm512_set1_epi32(static_cast<int>(0xFF000000U));
+    // Packing takes turns in every quarter.
+    const __m512i inOrder = _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), levels);
+    _mm512_storeu_si512(row.target + static_cast<std::ptrdiff_t>(i) * 4, _mm512_or_si512(inOrder, opaque));
+    return true;
+}
+
+void mixLayers(const MixRow& row) {
+    constexpr int block = 16;
+    int i = 0;
+    for (; i + block <= row.count; i += block) {
+        if (!mixSixteen(row, i))
+            mixLayersPlainly(row, i, i + block);
+    }
+    mixLayersPlainly(row, i, row.count);
 }
 
 /// The columns or lines of one direction, and the shares of the next in 255ths.
@@ -124,6 +176,6 @@ void pack(const PackRow& row) {
 
 } // namespace
 
-constinit const RowKernels avx512Rows = rowsWith(pack, sample);
+constinit const RowKernels avx512Rows = rowsWith(pack, sample, mixLayers);
 
 } // namespace tarvo::render::software

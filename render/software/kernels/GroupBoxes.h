@@ -2,7 +2,7 @@
 
 // For files that are compiled for AVX2 or more: see PositionRows.h.
 
-#include "render/software/kernels/PositionRows.h"
+#include "render/software/kernels/SampleRows.h"
 
 #include <immintrin.h>
 

@@ -1,4 +1,4 @@
-#include "render/software/kernels/PositionRows.h"
+#include "render/software/kernels/RowTable.h"
 
 namespace tarvo::render::software {
 namespace {
@@ -7,8 +7,12 @@ void sample(const SampleRow& row) {
     samplePlainly(row, 0, row.count);
 }
 
+void mixLayers(const MixRow& row) {
+    mixLayersPlainly(row, 0, row.count);
+}
+
 } // namespace
 
-constinit const RowKernels plainRows = rowsWith(packPlainly, sample);
+constinit const RowKernels plainRows = rowsWith(packPlainly, sample, mixLayers);
 
 } // namespace tarvo::render::software

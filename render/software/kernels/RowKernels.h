@@ -103,6 +103,62 @@ struct SampleRow {
 };
 using SampleKernel = void (*)(const SampleRow& row);
 
+/// What a table of a custom view says about places of its grid, its cells being bilinear patches. A texel has
+/// four channels, 0 … 65535: column and line in the sampled picture, 65535 being the far edge, the weight,
+/// and one that nobody asks for.
+struct TableRow {
+    const float* x; ///< 0 … 1 over the grid; what is no number lies outside
+    const float* y;
+    int count;
+    const float* texels;  ///< of all tables, one below the other
+    std::ptrdiff_t pitch; ///< texels from a row to the next, at least two
+    int columns;
+    int rows;     ///< of all tables
+    float scaleX; ///< a place times this, and the origin added, counts texels from the first one's centre
+    float scaleY;
+    float originX;
+    float originY;
+    float width; ///< of the sampled picture
+    float height;
+    float* positionX; ///< as in PositionRow; no number where the weight is 0
+    float* positionY;
+    std::uint16_t* weights; ///< 0 … fullWeight
+};
+
+inline constexpr int fullWeight = 65535;
+
+enum class TableWeights {
+    none, ///< all are 0
+    full, ///< all are either 0 or full, and some full
+    any,
+};
+using TableKernel = TableWeights (*)(const TableRow& row);
+
+/// What one table says about the pixels of a row, packed; where the weight is 0, the offset is −1.
+struct MixLayer {
+    const std::int32_t* offsets;
+    const std::uint16_t* fractions;
+    const std::uint16_t* weights;
+};
+
+/// The sum of what several tables find, each with its weight w in 65535ths, in whole numbers: with `mix` as
+/// in SampleRow, 255-fold levels,
+///
+///     sum   = min(65535, sum + ⌊mix·w / 65536⌋)      table by table
+///     level = min(255, ⌊min(65535, sum + 127)·257 / 65536⌋)
+///
+/// and alpha always 255, so that what no table sees is opaque black. The roundings of eight tables together
+/// are less than a tenth of a level.
+struct MixRow {
+    const std::uint8_t* pixels;
+    std::ptrdiff_t pitch;
+    const MixLayer* layers;
+    int layerCount;
+    int count;
+    std::uint8_t* target;
+};
+using MixKernel = void (*)(const MixRow& row);
+
 /// One entry for each program that samples a picture, and what they share. Every instruction set gives the
 /// same bits.
 struct RowKernels {
@@ -113,9 +169,13 @@ struct RowKernels {
     PositionKernel panoramaDesk;
     PositionKernel plainCopy;
     PositionKernel excludeRegion;
+    PositionKernel customTransform; ///< this and the next to places on the grid of the tables
+    PositionKernel customVirtualPtz;
     SpreadKernel spread;
     PackKernel pack;
     SampleKernel sample;
+    TableKernel lookUp;
+    MixKernel mixLayers;
 };
 
 /// The kernels of one level; to be used only where detectInstructionSet() is at least that.

@@ -1,5 +1,5 @@
 // Compiled for SSSE3 and SSE4.1.
-#include "render/software/kernels/PositionRows.h"
+#include "render/software/kernels/RowTable.h"
 
 #include <smmintrin.h>
 
@@ -22,21 +22,30 @@ namespace {
     return _mm_add_epi16(_mm_maddubs_epi16(shares, centred), _mm_set1_epi16(32640));
 }
 
-/// Two pixels, a channel in 16 bits.
-[[gnu::always_inline]] inline __m128i sampleTwo(const SampleRow& row, int i) {
+/// Two pixels, a channel in 16 bits, 255-fold.
+[[gnu::always_inline]] inline __m128i mixTwo(const std::uint8_t* pixels, std::ptrdiff_t pitch,
+                                             const std::int32_t* offsets, const std::uint16_t* shares255) {
     std::int32_t both = 0;
-    __builtin_memcpy(&both, row.fractions + i, sizeof(both));
+    __builtin_memcpy(&both, shares255, sizeof(both));
     const __m128i fractions = _mm_cvtsi32_si128(both);
     const __m128i right =
         _mm_shuffle_epi8(fractions, _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 2, 2, 2, 2, 2, 2, 2, 2));
     const __m128i down =
         _mm_shuffle_epi8(fractions, _mm_setr_epi8(1, 1, 1, 1, 1, 1, 1, 1, 3, 3, 3, 3, 3, 3, 3, 3));
     const __m128i shares = _mm_xor_si128(right, _mm_set1_epi16(0x00FF));
-    const __m128i above = mixAcross(pixelPairs(row.pixels, row.offsets + i), shares);
-    const __m128i below = mixAcross(pixelPairs(row.pixels + row.pitch, row.offsets + i), shares);
+    const __m128i above = mixAcross(pixelPairs(pixels, offsets), shares);
+    const __m128i below = mixAcross(pixelPairs(pixels + pitch, offsets), shares);
     const __m128i up = _mm_xor_si128(down, _mm_set1_epi16(-1));
-    const __m128i mix = _mm_add_epi16(_mm_mulhi_epu16(above, up), _mm_mulhi_epu16(below, down));
-    return _mm_mulhi_epu16(_mm_add_epi16(mix, _mm_set1_epi16(127)), _mm_set1_epi16(257));
+    return _mm_add_epi16(_mm_mulhi_epu16(above, up), _mm_mulhi_epu16(below, down));
+}
+
+/// From 255-fold levels, saturated on the way as far as 16 bits go.
+[[gnu::always_inline]] inline __m128i levelsOf(__m128i mix) {
+    return _mm_mulhi_epu16(_mm_adds_epu16(mix, _mm_set1_epi16(127)), _mm_set1_epi16(257));
+}
+
+[[gnu::always_inline]] inline __m128i sampleTwo(const SampleRow& row, int i) {
+    return levelsOf(mixTwo(row.pixels, row.pitch, row.offsets + i, row.fractions + i));
 }
 
 void sample(const SampleRow& row) {
@@ -55,8 +64,49 @@ void sample(const SampleRow& row) {
     samplePlainly(row, i, row.count);
 }
 
+/// What a layer adds to two pixels.
+[[gnu::always_inline]] inline __m128i weightedTwo(const MixRow& row, const MixLayer& layer, int i) {
+    std::int32_t both = 0;
+    __builtin_memcpy(&both, layer.weights + i, sizeof(both));
+    const __m128i weights = _mm_shuffle_epi8(_mm_cvtsi32_si128(both),
+                                             _mm_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 2, 3, 2, 3, 2, 3, 2, 3));
+    return _mm_mulhi_epu16(mixTwo(row.pixels, row.pitch, layer.offsets + i, layer.fractions + i), weights);
+}
+
+/// False, and nothing written, where a layer sees only some of the four pixels.
+bool mixFour(const MixRow& row, int i) {
+    __m128i first = _mm_setzero_si128();
+    __m128i second = _mm_setzero_si128();
+    for (int k = 0; k < row.layerCount; ++k) {
+        const MixLayer& layer = row.layers[k];
+        const int unseen = _mm_movemask_ps(
+            _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(layer.offsets + i))));
+        if (unseen == 0xF)
+            continue;
+        if (unseen != 0)
+            return false;
+        first = _mm_adds_epu16(first, weightedTwo(row, layer, i));
+        second = _mm_adds_epu16(second, weightedTwo(row, layer, i + 2));
+    }
+    const __m128i levels = _mm_packus_epi16(levelsOf(first), levelsOf(second));
+    const __m128i opaque = _mm_set1_epi32(static_cast<int>(0xFF000000U));
+    _mm_storeu_si128(reinterpret_cast<__m128i_u*>(row.target + static_cast<std::ptrdiff_t>(i) * 4),
+                     _mm_or_si128(levels, opaque));
+    return true;
+}
+
+void mixLayers(const MixRow& row) {
+    constexpr int block = 4;
+    int i = 0;
+    for (; i + block <= row.count; i += block) {
+        if (!mixFour(row, i))
+            mixLayersPlainly(row, i, i + block);
+    }
+    mixLayersPlainly(row, i, row.count);
+}
+
 } // namespace
 
-constinit const RowKernels sse41Rows = rowsWith(packPlainly, sample);
+constinit const RowKernels sse41Rows = rowsWith(packPlainly, sample, mixLayers);
 
 } // namespace tarvo::render::software

@@ -1,9 +1,9 @@
 #include "geometry/OverviewMarker.h"
+#include "tests/render/software/CountedMemory.h"
 #include "tests/render/software/SoftwareDeviceFixture.h"
 #include "tests/support/AllocationCount.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <random>
 
 namespace tarvo::render::software {
@@ -250,32 +250,6 @@ TEST_F(LazyWork, WhatIsQueuedIsDrawnWithWhatWasThere) {
     ASSERT_EQ(device.geometry(geometry::ViewVertices{}, {}), S_OK);
     expectFrameAt(outputOf(device), first, 0, 0);
 }
-
-/// Blocks as the system gives them, counted, and refused from a certain one on.
-struct CountedMemory {
-    static inline std::atomic<int> taken{0};
-    static inline std::atomic<int> held{0};
-    static inline std::atomic<int> limit{1 << 30};
-
-    static void* allocate(std::size_t bytes) {
-        if (taken >= limit)
-            return nullptr;
-        ++taken;
-        ++held;
-        return std::calloc(bytes, 1);
-    }
-    static void release(void* block, std::size_t) {
-        --held;
-        std::free(block);
-    }
-    static constexpr MemorySource source{allocate, release};
-
-    CountedMemory() {
-        taken = 0;
-        held = 0;
-        limit = 1 << 30;
-    }
-};
 
 /// A device with everything that a frame can have.
 class WholeFrame {

@@ -1,0 +1,67 @@
+#include "render/software/TouchedTiles.h"
+
+#include <algorithm>
+
+namespace tarvo::render::software {
+namespace {
+
+struct TileBox {
+    unsigned left;
+    unsigned top;
+    unsigned right;
+    unsigned bottom;
+
+    friend bool operator==(const TileBox&, const TileBox&) = default;
+};
+
+TileBox tilesOf(const SampledWindow& window, const GroupBox& box) noexcept {
+    const auto tile = [](int place, int size) {
+        return static_cast<unsigned>(place) / static_cast<unsigned>(size);
+    };
+    // With the neighbours to the right and below, which the last pixels do not have.
+    return {tile(window.left + box.left, tileWidth), tile(window.top + box.top, tileHeight),
+            tile(window.left + std::min(box.right + 1, window.width - 1), tileWidth),
+            tile(window.top + std::min(box.bottom + 1, window.height - 1), tileHeight)};
+}
+
+void touchBox(const SampledWindow& window, const TileBox& box, std::span<std::uint64_t> tiles) noexcept {
+    const auto columns = static_cast<unsigned>(tileColumns(window.pictureWidth));
+    for (unsigned row = box.top; row <= box.bottom; ++row) {
+        for (unsigned tile = row * columns + box.left; tile <= row * columns + box.right; ++tile)
+            tiles[tile / 64] |= std::uint64_t{1} << tile % 64;
+    }
+}
+
+} // namespace
+
+void touchTiles(const SampledWindow& window, const GroupBox* boxes, const std::int32_t* offsets, int count,
+                std::span<std::uint64_t> tiles) noexcept {
+    constexpr unsigned mostTilesOfNeighbours = 6;
+    TileBox last{1, 1, 0, 0};
+    // The tiles of the box around a few neighbours are as good as always those that they look at; where the
+    // projection tears neighbours apart, they are taken one by one.
+    for (int begin = 0; begin < count; begin += groupLength) {
+        const GroupBox& box = boxes[begin / groupLength];
+        if (box.left > box.right)
+            continue;
+        const TileBox touched = tilesOf(window, box);
+        if (touched == last)
+            continue;
+        if ((touched.right - touched.left + 1) * (touched.bottom - touched.top + 1) <=
+            mostTilesOfNeighbours) {
+            touchBox(window, touched, tiles);
+            last = touched;
+            continue;
+        }
+        const auto pitch = static_cast<std::int32_t>(window.pitch);
+        for (int i = begin; i < std::min(begin + groupLength, count); ++i) {
+            if (offsets[i] < 0)
+                continue;
+            const std::int32_t row = offsets[i] / pitch;
+            const std::int32_t column = (offsets[i] - row * pitch) / 4;
+            touchBox(window, tilesOf(window, {column, row, column, row}), tiles);
+        }
+    }
+}
+
+} // namespace tarvo::render::software
