@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace tarvo::render::software {
 namespace {
@@ -75,6 +76,22 @@ void CDrawnRange::markEvaluated() noexcept {
     m_isEvaluated = true;
 }
 
+void CDrawnRange::Knots::reachNothing() {
+    for (Reach* const reach : {&reachX, &reachY}) {
+        std::fill_n(reach->least, Reach::count, std::numeric_limits<float>::infinity());
+        std::fill_n(reach->most, Reach::count, -std::numeric_limits<float>::infinity());
+    }
+}
+
+bool CDrawnRange::spreadPiece(Knots& knots, int knot, int count, const RowKernels& kernels, float* positionX,
+                              float* positionY) noexcept {
+    if (!kernels.spread(knots.x + knot, knots.y + knot, count, positionX, positionY))
+        return false;
+    kernels.widen(knots.x + knot, knots.reachX);
+    kernels.widen(knots.y + knot, knots.reachY);
+    return true;
+}
+
 void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
     Band& state = m_bands[static_cast<std::size_t>(band)];
     if (state != Band::unknown)
@@ -96,12 +113,22 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
     alignas(alignment) float positionY[pieceLength];
     bool isStraight = true;
     m_raster.forEachPiece(band, [&](const Span& span, int y, int x, int count) {
-        if (hasKnots && y == firstRow)
-            projectKnots(span, firstRow, endRow, x, kernels, knots);
-        const int row = (y - firstRow) * knotLanes;
-        if (!hasKnots || !kernels.spread(knots.x + row, knots.y + row, count, positionX, positionY))
+        const int piece = (x - span.left) / pieceLength % Knots::mostPieces;
+        if (hasKnots && y == firstRow) {
+            if (piece == 0)
+                projectKnots(span, firstRow, endRow, x, kernels, knots);
+            knots.reachNothing();
+        }
+        const int knot = (y - firstRow) * knots.columns + piece * Knots::perPiece;
+        const bool isSpread = hasKnots && spreadPiece(knots, knot, count, kernels, positionX, positionY);
+        if (!isSpread)
             project(span, y, 1, x, count, kernels, positionX, positionY);
-        isStraight = packPiece(span, y, x, count, kernels, positionX, positionY, tiles) && isStraight;
+        isStraight = packPiece(span, y, x, count, kernels, positionX, positionY,
+                               isSpread ? std::span<std::uint64_t>() : tiles) &&
+                     isStraight;
+        if (hasKnots && y + 1 == endRow)
+            touchTiles(m_positionKey.window, knots.reachX, knots.reachY, count, m_positionKey.isBounded,
+                       tiles);
     });
     state = isStraight ? Band::straight : Band::anyhow;
 }
@@ -110,20 +137,22 @@ void CDrawnRange::projectKnots(const Span& span, int firstRow, int endRow, int x
                                Knots& knots) const noexcept {
     const SampledWindow& window = m_positionKey.window;
     const VertexValues& values = m_raster.values(span);
-    alignas(alignment) float u[bandHeight * knotLanes];
-    alignas(alignment) float v[bandHeight * knotLanes];
-    // The centres of every knotDistance-th pixel, counted from the knot before the piece.
+    alignas(alignment) float u[bandHeight * Knots::mostColumns];
+    alignas(alignment) float v[bandHeight * Knots::mostColumns];
+    const int pieces = std::min((span.right - x + pieceLength - 1) / pieceLength, Knots::mostPieces);
+    knots.columns = (pieces - 1) * Knots::perPiece + knotCount;
+    // The centres of every knotDistance-th pixel, counted from the knot before the first piece.
     const auto atKnots = [x](const LinearRow& row) -> LinearRow {
         const double step = row.perColumn * knotDistance;
         return {row.atLeftEdge + row.perColumn * (x - knotDistance + 0.5) - 0.5 * step, step};
     };
     for (int y = firstRow; y < endRow; ++y) {
-        const int row = (y - firstRow) * knotLanes;
-        kernels.interpolate(atKnots(alongRow(values.u, y)), 0, knotLanes, u + row);
-        kernels.interpolate(atKnots(alongRow(values.v, y)), 0, knotLanes, v + row);
+        const int row = (y - firstRow) * knots.columns;
+        kernels.interpolate(atKnots(alongRow(values.u, y)), 0, knots.columns, u + row);
+        kernels.interpolate(atKnots(alongRow(values.v, y)), 0, knots.columns, v + row);
     }
     m_positionKey.kernel(
-        m_positionKey.record.bytes.data(), {u, v, (endRow - firstRow) * knotLanes},
+        m_positionKey.record.bytes.data(), {u, v, (endRow - firstRow) * knots.columns},
         {knots.x, knots.y, static_cast<float>(window.width), static_cast<float>(window.height)});
 }
 
@@ -150,8 +179,9 @@ bool CDrawnRange::packPiece(const Span& span, int y, int x, int count, const Row
     const std::ptrdiff_t slot = m_raster.slotOf(span, y, x);
     kernels.pack({positionX, positionY, count, window.width, window.height, m_positionKey.isBounded,
                   static_cast<std::int32_t>(window.pitch), elementsOf<std::int32_t>(m_offsets) + slot,
-                  elementsOf<std::uint16_t>(m_fractions) + slot, boxes});
-    touchTiles(window, boxes, offsets() + slot, count, tiles);
+                  elementsOf<std::uint16_t>(m_fractions) + slot, tiles.empty() ? nullptr : boxes});
+    if (!tiles.empty())
+        touchTiles(window, boxes, offsets() + slot, count, tiles);
     return isStraightPiece(slot, count);
 }
 

@@ -32,6 +32,26 @@ void touchBox(const SampledWindow& window, const TileBox& box, std::span<std::ui
     }
 }
 
+/// Pixels of the picture, `size` of them, around positions; none where the first is beyond the last.
+struct PixelRange {
+    int first;
+    int last;
+
+    PixelRange(float least, float most, int size, bool isBounded) : first(1), last(0) {
+        // Positions between knots are rounded in their own way.
+        constexpr float margin = 0.1F;
+        const auto end = static_cast<float>(size);
+        const bool isSomewhere = isBounded ? most > -margin && least < end + margin : least <= most;
+        if (!isSomewhere)
+            return;
+        const auto pixel = [&](float position) {
+            return static_cast<int>(std::clamp(position - 0.5F, 0.0F, end - 1.0F));
+        };
+        first = pixel(least - margin);
+        last = pixel(most + margin);
+    }
+};
+
 } // namespace
 
 void touchTiles(const SampledWindow& window, const GroupBox* boxes, const std::int32_t* offsets, int count,
@@ -61,6 +81,17 @@ void touchTiles(const SampledWindow& window, const GroupBox* boxes, const std::i
             const std::int32_t column = (offsets[i] - row * pitch) / 4;
             touchBox(window, tilesOf(window, {column, row, column, row}), tiles);
         }
+    }
+}
+
+void touchTiles(const SampledWindow& window, const Reach& x, const Reach& y, int count, bool isBounded,
+                std::span<std::uint64_t> tiles) noexcept {
+    constexpr int stretch = 2 * knotDistance;
+    for (int i = 0; i * knotDistance < count; i += stretch / knotDistance) {
+        const PixelRange columns(x.least[i], x.most[i], window.width, isBounded);
+        const PixelRange lines(y.least[i], y.most[i], window.height, isBounded);
+        if (columns.first <= columns.last && lines.first <= lines.last)
+            touchBox(window, tilesOf(window, {columns.first, lines.first, columns.last, lines.last}), tiles);
     }
 }
 

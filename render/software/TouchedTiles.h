@@ -33,4 +33,9 @@ inline std::size_t tileWordsOf(const SampledWindow& window) {
 void touchTiles(const SampledWindow& window, const GroupBox* boxes, const std::int32_t* offsets, int count,
                 std::span<std::uint64_t> tiles) noexcept;
 
+/// The same for up to `count` pixels of some rows that lie between positions; where `isBounded`, those beyond
+/// the picture look at nothing, else at its edge.
+void touchTiles(const SampledWindow& window, const Reach& x, const Reach& y, int count, bool isBounded,
+                std::span<std::uint64_t> tiles) noexcept;
+
 } // namespace tarvo::render::software

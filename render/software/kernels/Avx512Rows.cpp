@@ -168,10 +168,11 @@ void pack(const PackRow& row) {
     for (; i + groupLength <= row.count; i += groupLength) {
         const Sixteen a = packSixteen(row, bounds, i);
         const Sixteen b = packSixteen(row, bounds, i + groupLength / 2);
-        row.boxes[i / groupLength] = boxOf(a, b);
+        if (row.boxes != nullptr)
+            row.boxes[i / groupLength] = boxOf(a, b);
     }
     if (i < row.count)
-        packGroup(row, i, row.count, row.boxes[i / groupLength]);
+        packGroup(row, i, row.count);
 }
 
 } // namespace

@@ -284,5 +284,21 @@ bool spread(const float* knotsX, const float* knotsY, int count, float* x, float
     return true;
 }
 
+void widen(const float* knots, Reach& reach) {
+    float* __restrict const least = reach.least;
+    float* __restrict const most = reach.most;
+    for (int i = 0; i < Reach::count; ++i) {
+        const float first = knots[i + 1];
+        const float last = knots[i + 3];
+        const float control = 2.0F * knots[i + 2] - 0.5F * (first + last);
+        const float lower = first < last ? first : last;
+        const float upper = first < last ? last : first;
+        const float lowest = control < lower ? control : lower;
+        const float highest = control > upper ? control : upper;
+        least[i] = lowest < least[i] ? lowest : least[i];
+        most[i] = highest > most[i] ? highest : most[i];
+    }
+}
+
 } // namespace
 } // namespace tarvo::render::software

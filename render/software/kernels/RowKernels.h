@@ -41,14 +41,24 @@ using PositionKernel = void (*)(const void* constants, const PlaceRow& places, c
 inline constexpr int knotDistance = 16;
 /// From one knot before the first pixel to at least one behind the last of a piece of up to 128 pixels.
 inline constexpr int knotCount = 12;
-/// As many are worked out, so that a vector is full.
-inline constexpr int knotLanes = 16;
 
 /// The positions of `count` pixels, rounded up to multiples of 32, from those at knots, of which the second
 /// belongs to the first pixel: the parabola through the three knots around each 32 pixels. False, and nothing
 /// written, where that might be off by 1/128 pixel or more: the error is the third derivative times 32^3 /
 /// (72 √3), and the third differences of the knots tell the derivative.
 using SpreadKernel = bool (*)(const float* knotsX, const float* knotsY, int count, float* x, float* y);
+
+/// Between which positions the pixels of a piece lie, along one direction, by stretches of 32; those from
+/// pixel 32·k on are number 2·k, and the others mean nothing. Where `least` is beyond `most`, nothing was met
+/// yet.
+struct Reach {
+    static constexpr int count = 8;
+    float least[count];
+    float most[count];
+};
+
+/// Widens the reach by what spread() makes of these knots: a parabola lies between its control points.
+using WidenKernel = void (*)(const float* knots, Reach& reach);
 
 /// Positions are packed in groups of this many, the last one perhaps of fewer.
 inline constexpr int groupLength = 32;
@@ -74,7 +84,7 @@ struct PackRow {
     std::int32_t pitch;
     std::int32_t* offsets;    ///< bytes to the upper left of the four pixels around; −1: nothing
     std::uint16_t* fractions; ///< 1/255 to the right in the low byte, 1/255 downward in the high byte
-    GroupBox* boxes;          ///< of every group
+    GroupBox* boxes;          ///< of every group; null: nobody asks
 };
 using PackKernel = void (*)(const PackRow& row);
 
@@ -172,6 +182,7 @@ struct RowKernels {
     PositionKernel customTransform; ///< this and the next to places on the grid of the tables
     PositionKernel customVirtualPtz;
     SpreadKernel spread;
+    WidenKernel widen;
     PackKernel pack;
     SampleKernel sample;
     TableKernel lookUp;

@@ -14,7 +14,7 @@ namespace {
 constexpr RowKernels rowsWith(PackKernel pack, SampleKernel sample, MixKernel mixLayers) {
     return {interpolate, singleView,    panoramaWall,    panoramaCeiling,  panoramaDesk,
             plainCopy,   excludeRegion, customTransform, customVirtualPtz, spread,
-            pack,        sample,        lookUp,          mixLayers};
+            widen,       pack,          sample,          lookUp,           mixLayers};
 }
 
 } // namespace

@@ -36,8 +36,8 @@ constexpr std::int32_t noColumn = 1 << 20;
     return from > 0.0F ? (from < last ? from : last) : 0.0F;
 }
 
-/// What the first pixels of a group have in common, as far as they are anywhere.
-void packGroup(const PackRow& row, int begin, int end, GroupBox& box) {
+/// One group, which begins at a multiple of its length.
+void packGroup(const PackRow& row, int begin, int end) {
     const float* __restrict const x = row.x;
     const float* __restrict const y = row.y;
     std::int32_t* __restrict const offsets = row.offsets;
@@ -70,15 +70,16 @@ void packGroup(const PackRow& row, int begin, int end, GroupBox& box) {
         right = mostColumn > right ? mostColumn : right;
         bottom = mostLine > bottom ? mostLine : bottom;
     }
-    box = {left, top, right, bottom};
+    if (row.boxes != nullptr)
+        row.boxes[begin / groupLength] = {left, top, right, bottom};
 }
 
 [[maybe_unused]] void packPlainly(const PackRow& row) {
     const int whole = row.count / groupLength * groupLength;
     for (int begin = 0; begin < whole; begin += groupLength)
-        packGroup(row, begin, begin + groupLength, row.boxes[begin / groupLength]);
+        packGroup(row, begin, begin + groupLength);
     if (whole < row.count)
-        packGroup(row, whole, row.count, row.boxes[whole / groupLength]);
+        packGroup(row, whole, row.count);
 }
 
 /// Begins to fetch what the later ones of `count` pixels from pixel i on look at. Every fourth will do: a

@@ -386,6 +386,48 @@ TEST(SoftwareKernels, ParabolasComeNearEnoughOrAreRefused) {
     EXPECT_GT(refused, 500);
 }
 
+TEST(SoftwareKernels, PositionsLieWithinTheReachOfTheirKnots) {
+    std::mt19937 random(29);
+    const auto between = [&](float low, float high) {
+        return std::uniform_real_distribution<float>(low, high)(random);
+    };
+    for (int round = 0; round < 500; ++round) {
+        const float start = between(0.0F, 2000.0F);
+        const float slope = between(-40.0F, 40.0F);
+        const float bend = between(-8.0F, 8.0F); // far more than a parabola needs to turn round half-way
+        float knots[groupLength]{};
+        for (int i = 0; i < knotCount; ++i) {
+            const auto k = static_cast<float>(i - 6);
+            knots[i] = start + slope * k + bend * k * k;
+        }
+        float x[128];
+        float y[128];
+        ASSERT_TRUE(rowKernels().spread(knots, knots, 128, x, y));
+        Reach reach{};
+        std::fill_n(reach.least, Reach::count, 1e9F);
+        std::fill_n(reach.most, Reach::count, -1e9F);
+        rowKernels().widen(knots, reach);
+        for (int stretch = 0; stretch < 4; ++stretch) {
+            float least = 1e9F;
+            float most = -1e9F;
+            for (int i = stretch * 32; i < stretch * 32 + 32; ++i) {
+                least = std::min(least, x[i]);
+                most = std::max(most, x[i]);
+            }
+            const float lowest = reach.least[stretch * 2];
+            const float highest = reach.most[stretch * 2];
+            ASSERT_LE(lowest, least + 0.01F);
+            ASSERT_GE(highest, most - 0.01F);
+            // Not much further: past the last pixel to the next stretch, and as far as control points lie
+            // out.
+            const float step = std::abs(x[stretch * 32 + 31] - x[stretch * 32 + 30]);
+            const float outward = 2.0F * std::abs(bend) + step + std::abs(bend) / 2.0F + 0.1F;
+            ASSERT_GE(lowest, least - outward);
+            ASSERT_LE(highest, most + outward);
+        }
+    }
+}
+
 TEST(SoftwareKernels, KnotsThatAreNoNumbersAreRefused) {
     for (const float bad :
          {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {

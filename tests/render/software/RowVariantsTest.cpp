@@ -173,6 +173,28 @@ TEST_P(RowVariants, spreadAlike) {
     }
 }
 
+TEST_P(RowVariants, widenAlike) {
+    Reach expected{};
+    Reach actual{};
+    for (int round = 0; round < 300; ++round) {
+        std::vector<float> knots(knotCount);
+        for (float& knot : knots)
+            knot = between(-50.0F, 3000.0F);
+        if (round % 10 == 0)
+            knots[static_cast<std::size_t>(whole(0, knotCount - 1))] =
+                std::numeric_limits<float>::quiet_NaN();
+        if (round % 20 == 0) {
+            std::ranges::fill(expected.least, 1e9F);
+            std::ranges::fill(expected.most, -1e9F);
+        }
+        actual = expected;
+        plain().widen(knots.data(), expected);
+        variant().widen(knots.data(), actual);
+        expectSame(expected.least, actual.least);
+        expectSame(expected.most, actual.most);
+    }
+}
+
 TEST_P(RowVariants, sampleAlike) {
     for (int round = 0; round < 400; ++round) {
         const int width = whole(1, 50);
