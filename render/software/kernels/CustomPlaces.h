@@ -80,7 +80,7 @@ struct Panorama {
 
     [[gnu::always_inline]] void store(float x, float y, float z, float& targetX, float& targetY) const {
         const float across = x * x + y * y;
-        // An arc tangent may make a number of what is none; this sum does not.
+        // An arc tangent may make a number of what is none or too large; this sum does not.
         const bool isNumber = across + z * z < __builtin_inff();
         // With both legs the latitude keeps its digits towards the poles, where an arc sine loses half.
         storeGridPlace(arcTangent(y, x) * perLongitude + 0.5F,
@@ -159,9 +159,7 @@ void blendedPlaces(const VirtualPtzConstants& c, const PlaceRow& places, const P
             const float ahead = plane.ahead.at(x, y, 1.0F);
             const float down = plane.down.at(x, y, 1.0F);
             const float across = ahead * ahead + x * x;
-            // What is no number must not become one on the way.
-            const float doubt = across + down * down < __builtin_inff() ? 0.0F : nowhere;
-            longitude += level * arcTangent(x, ahead) + doubt;
+            longitude += level * arcTangent(x, ahead);
             latitude += level * arcTangent(down, __builtin_sqrtf(across));
         }
         const SineAndCosine lambda = sineAndCosine(longitude);

@@ -211,6 +211,12 @@ TEST_F(CustomLayers, NeitherTablesNorFieldsOfViewNorNumbersShowsBlack) {
             fieldOfView = good;
         }
         expectShown(camera, seen);
+        if (level != 0.0F) {
+            // Rays too long for their length to be a number.
+            camera.outputAR = 1e-30F;
+            expectShown(camera, black);
+            camera.outputAR = 1.0F;
+        }
     }
     camera.panTiltFov[2] = nan;
     expectShown(camera, black);
