@@ -4,10 +4,19 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <limits>
 
 namespace tarvo::render::software {
 namespace {
+
+/// Whether a row looks elsewhere than the one above it: one box around both would hold what neither looks at.
+/// `knot` is one of the lower row.
+bool isTorn(const float* knots, int knot, int columns) {
+    constexpr float most = tileWidth;
+    const float step = knots[knot] - knots[knot - columns];
+    return !(step > -most && step < most); // what is no number is torn
+}
 
 /// Where the grid of the first of several tables lies in the lookup surface, in texels from the first one's
 /// centre, and how far the next is. Both records of programs with tables begin alike.
@@ -71,8 +80,8 @@ void CDrawnRange::markEvaluated() noexcept {
     if (m_isEvaluated)
         return;
     std::fill(m_allTiles.begin(), m_allTiles.end(), 0);
-    for (std::size_t i = 0; i < m_tiles.size(); ++i)
-        m_allTiles[i % m_tileWords] |= m_tiles[i];
+    for (auto band = m_tiles.begin(); band != m_tiles.end(); band += static_cast<std::ptrdiff_t>(m_tileWords))
+        std::transform(m_allTiles.begin(), m_allTiles.end(), band, m_allTiles.begin(), std::bit_or());
     m_isEvaluated = true;
 }
 
@@ -120,6 +129,15 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
             knots.reachNothing();
         }
         const int knot = (y - firstRow) * knots.columns + piece * Knots::perPiece;
+        const auto touchReach = [&] {
+            touchTiles(m_positionKey.window, knots.reachX, knots.reachY, count, m_positionKey.isBounded,
+                       tiles);
+        };
+        if (hasKnots && y != firstRow &&
+            (isTorn(knots.x, knot + 1, knots.columns) || isTorn(knots.y, knot + 1, knots.columns))) {
+            touchReach();
+            knots.reachNothing();
+        }
         const bool isSpread = hasKnots && spreadPiece(knots, knot, count, kernels, positionX, positionY);
         if (!isSpread)
             project(span, y, 1, x, count, kernels, positionX, positionY);
@@ -127,8 +145,7 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
                                isSpread ? std::span<std::uint64_t>() : tiles) &&
                      isStraight;
         if (hasKnots && y + 1 == endRow)
-            touchTiles(m_positionKey.window, knots.reachX, knots.reachY, count, m_positionKey.isBounded,
-                       tiles);
+            touchReach();
     });
     state = isStraight ? Band::straight : Band::anyhow;
 }

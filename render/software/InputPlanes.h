@@ -9,7 +9,7 @@
 
 namespace tarvo::render::software {
 
-/// Rows of bytes as they were uploaded: a plane, a packed frame or the lookup tables. While they are lent
+/// Rows of bytes as they were uploaded: a plane or a packed frame. While they are lent
 /// they lie where the lender has them.
 struct RawRows : CCounted {
     CAlignedBytes bytes;

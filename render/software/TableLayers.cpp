@@ -39,8 +39,14 @@ void growTo(CAlignedBytes& bytes, std::size_t size, const MemorySource& memory) 
 }
 
 void CTableLayers::reserve(int layers, std::size_t slots, const MemorySource& memory) {
-    for (int i = 0; i < layers; ++i)
-        growTo(m_layers[static_cast<std::size_t>(i)], slots * slotBytes, memory);
+    for (int i = 0; i < mostLayers; ++i) {
+        CAlignedBytes& layer = m_layers[static_cast<std::size_t>(i)];
+        if (i < layers) {
+            growTo(layer, slots * slotBytes, memory);
+        } else {
+            layer = {};
+        }
+    }
     // Pieces begin at such slots only.
     growTo(m_seen, (slots / slotAlignment + 1) * sizeof(SeenLayers), memory);
     m_slots = slots;

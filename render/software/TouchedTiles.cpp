@@ -18,10 +18,11 @@ TileBox tilesOf(const SampledWindow& window, const GroupBox& box) noexcept {
     const auto tile = [](int place, int size) {
         return static_cast<unsigned>(place) / static_cast<unsigned>(size);
     };
-    // With the neighbours to the right and below, which the last pixels do not have.
+    // With the neighbours to the right and below, which are read even where they have no weight, as at the
+    // edges of a window: another thread might be writing them. The picture's last pixels have none.
     return {tile(window.left + box.left, tileWidth), tile(window.top + box.top, tileHeight),
-            tile(window.left + std::min(box.right + 1, window.width - 1), tileWidth),
-            tile(window.top + std::min(box.bottom + 1, window.height - 1), tileHeight)};
+            tile(std::min(window.left + box.right + 1, window.pictureWidth - 1), tileWidth),
+            tile(std::min(window.top + box.bottom + 1, window.pictureHeight - 1), tileHeight)};
 }
 
 void touchBox(const SampledWindow& window, const TileBox& box, std::span<std::uint64_t> tiles) noexcept {
@@ -38,7 +39,7 @@ struct PixelRange {
     int last;
 
     PixelRange(float least, float most, int size, bool isBounded) : first(1), last(0) {
-        // Positions between knots are rounded in their own way.
+        // Far more than what the reach is uncertain by.
         constexpr float margin = 0.1F;
         const auto end = static_cast<float>(size);
         const bool isSomewhere = isBounded ? most > -margin && least < end + margin : least <= most;
@@ -86,10 +87,12 @@ void touchTiles(const SampledWindow& window, const GroupBox* boxes, const std::i
 
 void touchTiles(const SampledWindow& window, const Reach& x, const Reach& y, int count, bool isBounded,
                 std::span<std::uint64_t> tiles) noexcept {
-    constexpr int stretch = 2 * knotDistance;
-    for (int i = 0; i * knotDistance < count; i += stretch / knotDistance) {
-        const PixelRange columns(x.least[i], x.most[i], window.width, isBounded);
-        const PixelRange lines(y.least[i], y.most[i], window.height, isBounded);
+    // Two stretches at once: most of them look at the same tiles.
+    for (int i = 0; i < Reach::count && i * knotDistance < count; i += 2) {
+        const PixelRange columns(std::min(x.least[i], x.least[i + 1]), std::max(x.most[i], x.most[i + 1]),
+                                 window.width, isBounded);
+        const PixelRange lines(std::min(y.least[i], y.least[i + 1]), std::max(y.most[i], y.most[i + 1]),
+                               window.height, isBounded);
         if (columns.first <= columns.last && lines.first <= lines.last)
             touchBox(window, tilesOf(window, {columns.first, lines.first, columns.last, lines.last}), tiles);
     }

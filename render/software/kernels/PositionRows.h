@@ -250,7 +250,7 @@ void excludeRegion(const void* constants, const PlaceRow& places, const Position
 }
 
 /// Whether third differences say that parabolas come near enough.
-inline bool isSmooth(const float* knots) {
+inline bool suitsParabolas(const float* knots) {
     // 72 √3 / 2^3 is 15.6, and half of that is on the safe side: 15.6 / 128 / 2.
     constexpr float most = 0.06F;
     int rough = 0;
@@ -261,7 +261,20 @@ inline bool isSmooth(const float* knots) {
     return rough == 0;
 }
 
-inline void spreadOne(const float* knots, int count, float* __restrict values) {
+/// Whether fourth differences say that cubics do.
+inline bool suitsCubics(const float* knots) {
+    // 384 / 9 is 42.7, and half of that is on the safe side: 42.7 / 128 / 2.
+    constexpr float most = 0.16F;
+    int rough = 0;
+    for (int i = 0; i + 4 < knotCount; ++i) {
+        const float fourth =
+            (knots[i] + knots[i + 4]) - 4.0F * (knots[i + 1] + knots[i + 3]) + 6.0F * knots[i + 2];
+        rough += ((fourth > -most) & (fourth < most)) ? 0 : 1;
+    }
+    return rough == 0;
+}
+
+inline void spreadParabolas(const float* knots, int count, float* __restrict values) {
     constexpr int stretch = 2 * knotDistance;
     constexpr float unit = 1.0F / stretch;
     for (int begin = 0; begin < count; begin += stretch) {
@@ -276,11 +289,40 @@ inline void spreadOne(const float* knots, int count, float* __restrict values) {
     }
 }
 
+/// The slopes at the second and the third of four points at −1, 0, 1 and 2, of the cubic through them.
+inline float slopeAtSecond(const float* p) {
+    return (6.0F * p[2] - 3.0F * p[1] - 2.0F * p[0] - p[3]) * (1.0F / 6.0F);
+}
+inline float slopeAtThird(const float* p) {
+    return (p[0] - 6.0F * p[1] + 3.0F * p[2] + 2.0F * p[3]) * (1.0F / 6.0F);
+}
+
+inline void spreadCubics(const float* knots, int count, float* __restrict values) {
+    constexpr float unit = 1.0F / knotDistance;
+    const int padded = (count + 2 * knotDistance - 1) / (2 * knotDistance) * (2 * knotDistance);
+    for (int begin = 0; begin < padded; begin += knotDistance) {
+        const float* const p = knots + begin / knotDistance;
+        const float first = p[1];
+        const float slope = slopeAtSecond(p);
+        const float bend = 0.5F * (p[0] + p[2]) - p[1];
+        const float twist = ((p[3] - p[0]) - 3.0F * (p[2] - p[1])) * (1.0F / 6.0F);
+        for (int i = 0; i < knotDistance; ++i) {
+            const float t = static_cast<float>(i) * unit;
+            values[begin + i] = first + t * (slope + t * (bend + t * twist));
+        }
+    }
+}
+
 bool spread(const float* knotsX, const float* knotsY, int count, float* x, float* y) {
-    if (!isSmooth(knotsX) || !isSmooth(knotsY))
+    if (suitsParabolas(knotsX) && suitsParabolas(knotsY)) {
+        spreadParabolas(knotsX, count, x);
+        spreadParabolas(knotsY, count, y);
+        return true;
+    }
+    if (!suitsCubics(knotsX) || !suitsCubics(knotsY))
         return false;
-    spreadOne(knotsX, count, x);
-    spreadOne(knotsY, count, y);
+    spreadCubics(knotsX, count, x);
+    spreadCubics(knotsY, count, y);
     return true;
 }
 
@@ -288,13 +330,15 @@ void widen(const float* knots, Reach& reach) {
     float* __restrict const least = reach.least;
     float* __restrict const most = reach.most;
     for (int i = 0; i < Reach::count; ++i) {
-        const float first = knots[i + 1];
-        const float last = knots[i + 3];
-        const float control = 2.0F * knots[i + 2] - 0.5F * (first + last);
-        const float lower = first < last ? first : last;
-        const float upper = first < last ? last : first;
-        const float lowest = control < lower ? control : lower;
-        const float highest = control > upper ? control : upper;
+        const float* const p = knots + i;
+        const float second = p[1] + slopeAtSecond(p) * (1.0F / 3.0F);
+        const float third = p[2] - slopeAtThird(p) * (1.0F / 3.0F);
+        const float lowerEnd = p[1] < p[2] ? p[1] : p[2];
+        const float upperEnd = p[1] < p[2] ? p[2] : p[1];
+        const float lowerControl = second < third ? second : third;
+        const float upperControl = second < third ? third : second;
+        const float lowest = lowerControl < lowerEnd ? lowerControl : lowerEnd;
+        const float highest = upperControl > upperEnd ? upperControl : upperEnd;
         least[i] = lowest < least[i] ? lowest : least[i];
         most[i] = highest > most[i] ? highest : most[i];
     }

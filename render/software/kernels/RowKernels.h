@@ -43,21 +43,22 @@ inline constexpr int knotDistance = 16;
 inline constexpr int knotCount = 12;
 
 /// The positions of `count` pixels, rounded up to multiples of 32, from those at knots, of which the second
-/// belongs to the first pixel: the parabola through the three knots around each 32 pixels. False, and nothing
-/// written, where that might be off by 1/128 pixel or more: the error is the third derivative times 32^3 /
-/// (72 √3), and the third differences of the knots tell the derivative.
+/// belongs to the first pixel: the parabola through the three knots around each 32 pixels or, where that
+/// might be off by 1/128 pixel or more, the cubic through the four around each 16. False, and nothing
+/// written, where that might be off as well. With h = 16 the one's error is the third derivative times (2h)^3
+/// / (72 √3) and the other's the fourth times 9 h^4 / 384; differences of the knots tell the derivatives.
 using SpreadKernel = bool (*)(const float* knotsX, const float* knotsY, int count, float* x, float* y);
 
-/// Between which positions the pixels of a piece lie, along one direction, by stretches of 32; those from
-/// pixel 32·k on are number 2·k, and the others mean nothing. Where `least` is beyond `most`, nothing was met
-/// yet.
+/// Between which positions the pixels of a piece lie, along one direction, by stretches of 16. Where `least`
+/// is beyond `most`, nothing was met yet.
 struct Reach {
     static constexpr int count = 8;
     float least[count];
     float most[count];
 };
 
-/// Widens the reach by what spread() makes of these knots: a parabola lies between its control points.
+/// Widens the reach by what spread() makes of these knots, to 1/64 pixel: curves lie between the control
+/// points of the cubics.
 using WidenKernel = void (*)(const float* knots, Reach& reach);
 
 /// Positions are packed in groups of this many, the last one perhaps of fewer.

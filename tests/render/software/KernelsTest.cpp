@@ -346,7 +346,7 @@ TEST(SoftwareKernels, PositionsOutsideTheirBoundsLookAtNothing) {
         EXPECT_GE(offset, 0);
 }
 
-TEST(SoftwareKernels, ParabolasComeNearEnoughOrAreRefused) {
+TEST(SoftwareKernels, CurvesThroughKnotsComeNearEnoughOrAreRefused) {
     // Arcs, from nearly straight to far too round: what is taken is right to 1/128 pixel everywhere.
     int taken = 0;
     int refused = 0;
@@ -388,18 +388,19 @@ TEST(SoftwareKernels, ParabolasComeNearEnoughOrAreRefused) {
 
 TEST(SoftwareKernels, PositionsLieWithinTheReachOfTheirKnots) {
     std::mt19937 random(29);
-    const auto between = [&](float low, float high) {
-        return std::uniform_real_distribution<float>(low, high)(random);
+    const auto between = [&](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
     };
-    for (int round = 0; round < 500; ++round) {
-        const float start = between(0.0F, 2000.0F);
-        const float slope = between(-40.0F, 40.0F);
-        const float bend = between(-8.0F, 8.0F); // far more than a parabola needs to turn round half-way
+    for (int round = 0; round < 1000; ++round) {
+        // Far more bent than a parabola needs to turn round half-way, and in every other round a cubic.
+        const double start = between(0.0, 2000.0);
+        const double slope = between(-40.0, 40.0);
+        const double bend = between(-8.0, 8.0);
+        const double twist = round % 2 == 0 ? 0.0 : between(-1.0, 1.0);
+        const auto at = [&](double knot) { return start + knot * (slope + knot * (bend + knot * twist)); };
         float knots[groupLength]{};
-        for (int i = 0; i < knotCount; ++i) {
-            const auto k = static_cast<float>(i - 6);
-            knots[i] = start + slope * k + bend * k * k;
-        }
+        for (int i = 0; i < knotCount; ++i)
+            knots[i] = static_cast<float>(at(i - 6));
         float x[128];
         float y[128];
         ASSERT_TRUE(rowKernels().spread(knots, knots, 128, x, y));
@@ -407,23 +408,25 @@ TEST(SoftwareKernels, PositionsLieWithinTheReachOfTheirKnots) {
         std::fill_n(reach.least, Reach::count, 1e9F);
         std::fill_n(reach.most, Reach::count, -1e9F);
         rowKernels().widen(knots, reach);
-        for (int stretch = 0; stretch < 4; ++stretch) {
-            float least = 1e9F;
-            float most = -1e9F;
-            for (int i = stretch * 32; i < stretch * 32 + 32; ++i) {
-                least = std::min(least, x[i]);
-                most = std::max(most, x[i]);
+        for (int stretch = 0; stretch < Reach::count; ++stretch) {
+            double least = 1e9;
+            double most = -1e9;
+            for (int i = 0; i < knotDistance; ++i) {
+                const double exact = at(stretch - 5 + i / static_cast<double>(knotDistance));
+                ASSERT_NEAR(static_cast<double>(x[stretch * knotDistance + i]), exact, 1.0 / 128.0);
+                least = std::min(least, exact);
+                most = std::max(most, exact);
             }
-            const float lowest = reach.least[stretch * 2];
-            const float highest = reach.most[stretch * 2];
-            ASSERT_LE(lowest, least + 0.01F);
-            ASSERT_GE(highest, most - 0.01F);
-            // Not much further: past the last pixel to the next stretch, and as far as control points lie
-            // out.
-            const float step = std::abs(x[stretch * 32 + 31] - x[stretch * 32 + 30]);
-            const float outward = 2.0F * std::abs(bend) + step + std::abs(bend) / 2.0F + 0.1F;
-            ASSERT_GE(lowest, least - outward);
-            ASSERT_LE(highest, most + outward);
+            const auto lowest = static_cast<double>(reach.least[stretch]);
+            const auto highest = static_cast<double>(reach.most[stretch]);
+            ASSERT_LE(lowest, least + 1.0 / 64.0);
+            ASSERT_GE(highest, most - 1.0 / 64.0);
+            // Not much further: up to the next knot, and as far as control points lie beside their curve,
+            // which is a third of what the slope changes by.
+            const double toNext = std::abs(at(stretch - 4) - at(stretch - 4 - 1.0 / knotDistance));
+            const double beside = (2.0 * std::abs(bend) + 6.0 * 7.0 * std::abs(twist)) / 3.0;
+            ASSERT_GE(lowest, least - toNext - beside - 0.1);
+            ASSERT_LE(highest, most + toNext + beside + 0.1);
         }
     }
 }

@@ -84,12 +84,15 @@ TEST(ThreadPool, DoesWithoutThreadsThatAreNotGranted) {
         pool.run(100, [&](int i) noexcept { sum += i; });
         return sum.load();
     };
-    EXPECT_EQ(indicesDone(), 4950);
-    EXPECT_EQ(granted, 1);
-    EXPECT_EQ(asked, 2);
-    // Not with every job, which would cost more than the thread gains.
-    EXPECT_EQ(indicesDone(), 4950);
-    EXPECT_EQ(asked, 2);
+    const auto begin = std::chrono::steady_clock::now();
+    for (int round = 0; round < 20; ++round) {
+        EXPECT_EQ(indicesDone(), 4950);
+        EXPECT_EQ(granted, 1);
+        // Not with every job, which would cost more than the thread gains: once a second.
+        const auto seconds =
+            std::chrono::floor<std::chrono::seconds>(std::chrono::steady_clock::now() - begin);
+        EXPECT_LE(asked, 2 + seconds.count());
+    }
 }
 
 TEST(ThreadPool, AsksForThreadsAgain) {
