@@ -93,7 +93,7 @@ private:
         // About as much later as memory takes to answer.
         constexpr std::ptrdiff_t distance = 6 * pieceLength;
         const bool isInBand = slot + distance + m_count <= range.raster().endSlot(m_y / bandHeight);
-        if (m_draw.tables.texels != nullptr) {
+        if (m_draw.tables.isThere()) {
             drawLayers(range.layers(), slot, m_count, pixels, m_draw.window.pitch, isInBand ? distance : 0,
                        kernels, target);
             return;

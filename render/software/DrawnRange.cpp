@@ -56,7 +56,7 @@ void CDrawnRange::forgetPositions(const PositionKey& positions, int targetHeight
     // Marked only once everything has its memory: what fails half-way is built again the next time.
     m_isEvaluated = false;
     m_positionKey = {};
-    const bool isThroughTables = positions.tables.texels != nullptr;
+    const bool isThroughTables = positions.tables.isThere();
     if (!isThroughTables)
         m_layers.clear(); // which are by far the largest
     if (positions.kernel != nullptr) {
@@ -106,7 +106,7 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
     if (state != Band::unknown)
         return;
     const auto tiles = std::span(m_tiles).subspan(static_cast<std::size_t>(band) * m_tileWords, m_tileWords);
-    if (m_positionKey.tables.texels != nullptr) {
+    if (m_positionKey.tables.isThere()) {
         evaluateLayers(band, kernels, tiles);
         state = Band::anyhow;
         return;

@@ -21,6 +21,7 @@ struct TableView {
     int layers = 0; ///< that count, 0 … mostLayers
     std::uint64_t version = 0;
 
+    bool isThere() const { return texels != nullptr; }
     friend bool operator==(const TableView&, const TableView&) = default;
 };
 

@@ -162,9 +162,7 @@ TEST_P(CustomRowVariants, mixAlike) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(sets, CustomRowVariants,
-                         testing::Values(InstructionSet::sse41, InstructionSet::avx2, InstructionSet::avx512),
-                         instructionSetOf);
+INSTANTIATE_TEST_SUITE_P(sets, CustomRowVariants, vectorSets, instructionSetOf);
 
 } // namespace
 } // namespace tarvo::render::software

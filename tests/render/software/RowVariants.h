@@ -79,6 +79,10 @@ inline void expectSame(std::span<const float> expected, std::span<const float> a
     }
 }
 
+/// All sets that have rows of their own.
+inline const auto vectorSets =
+    testing::Values(InstructionSet::sse41, InstructionSet::avx2, InstructionSet::avx512);
+
 inline std::string instructionSetOf(const testing::TestParamInfo<InstructionSet>& set) {
     return instructionSetName(set.param);
 }

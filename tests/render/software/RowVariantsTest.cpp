@@ -229,9 +229,7 @@ TEST_P(RowVariants, sampleAlike) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(sets, RowVariants,
-                         testing::Values(InstructionSet::sse41, InstructionSet::avx2, InstructionSet::avx512),
-                         instructionSetOf);
+INSTANTIATE_TEST_SUITE_P(sets, RowVariants, vectorSets, instructionSetOf);
 
 } // namespace
 } // namespace tarvo::render::software
