@@ -24,56 +24,68 @@ const std::uint8_t* windowPixels(const QueuedDraw& draw) {
     return pixels + draw.window.top * draw.window.pitch + static_cast<std::ptrdiff_t>(draw.window.left) * 4;
 }
 
-/// One piece of a row of one pass.
-class CPiece {
+/// One block of one pass.
+class CBlock {
 public:
-    CPiece(const QueuedDraw& draw, const Span& span, int x, int y, int count)
-        : m_draw(draw), m_span(span), m_x(x), m_y(y), m_count(count) {}
+    CBlock(const QueuedDraw& draw, const Span& span, int y, int rows, int x, int count)
+        : m_draw(draw), m_span(span), m_y(y), m_rows(rows), m_x(x), m_count(count) {}
 
-    void drawTo(std::uint8_t* target, const RowKernels& kernels) const noexcept {
+    void drawTo(std::uint8_t* target, std::ptrdiff_t pitch, const RowKernels& kernels) const noexcept {
         if (!m_draw.isBlended) {
-            compute(target, kernels);
-        } else if (m_draw.program == ShaderProgram::overviewRegion) {
-            float alpha[pieceLength];
-            kernels.interpolate(alongRow(values().colour, m_y), m_x, m_count, alpha);
-            blendOverviewRegion(alpha, m_count, target);
-        } else {
-            alignas(alignment) std::uint8_t pixels[pieceLength * 4];
-            compute(pixels, kernels);
-            blend(pixels, m_count, target);
+            compute(target, pitch, kernels);
+            return;
         }
+        forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
+            if (m_draw.program == ShaderProgram::overviewRegion) {
+                float alpha[pieceLength];
+                kernels.interpolate(alongRow(values().colour, y), m_x, m_count, alpha);
+                blendOverviewRegion(alpha, m_count, row);
+            } else {
+                alignas(alignment) std::uint8_t pixels[pieceLength * 4];
+                CBlock(m_draw, m_span, y, 1, m_x, m_count).compute(pixels, 0, kernels);
+                blend(pixels, m_count, row);
+            }
+        });
     }
 
 private:
     const VertexValues& values() const { return m_draw.range->raster().values(m_span); }
+    template<typename Visit>
+    void forEachRow(std::uint8_t* target, std::ptrdiff_t pitch, Visit visit) const {
+        for (int row = 0; row < m_rows; ++row)
+            visit(m_y + row, target + row * pitch);
+    }
 
-    void compute(std::uint8_t* target, const RowKernels& kernels) const noexcept {
+    void compute(std::uint8_t* target, std::ptrdiff_t pitch, const RowKernels& kernels) const noexcept {
         switch (m_draw.program) {
-        case ShaderProgram::overviewRegion: {
-            float alpha[pieceLength];
-            kernels.interpolate(alongRow(values().colour, m_y), m_x, m_count, alpha);
-            overviewRegion(alpha, m_count, target);
+        case ShaderProgram::overviewRegion:
+            forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
+                float alpha[pieceLength];
+                kernels.interpolate(alongRow(values().colour, y), m_x, m_count, alpha);
+                overviewRegion(alpha, m_count, row);
+            });
             break;
-        }
         case ShaderProgram::yuy2ToRgb:
-            yuy2Row(
-                {m_draw.inputWidth, m_draw.inputHeight, m_draw.planes[0]->data(), m_draw.planes[0]->rowBytes},
-                m_x, m_y, m_count, target);
+            forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
+                const RawRows& packed = *m_draw.planes[0];
+                yuy2Row({m_draw.inputWidth, m_draw.inputHeight, packed.data(), packed.rowBytes}, m_x, y,
+                        m_count, row);
+            });
             break;
         case ShaderProgram::yv12ToRgb:
-            convertYv12(target, kernels);
+            forEachRow(target, pitch, [&](int y, std::uint8_t* row) { convertYv12(y, row, kernels); });
             break;
         default:
-            samplePositions(target, kernels);
+            samplePositions(target, pitch, kernels);
             break;
         }
     }
 
-    void convertYv12(std::uint8_t* target, const RowKernels& kernels) const noexcept {
+    void convertYv12(int y, std::uint8_t* target, const RowKernels& kernels) const noexcept {
         float u[pieceLength];
         float v[pieceLength];
-        kernels.interpolate(alongRow(values().u, m_y), m_x, m_count, u);
-        kernels.interpolate(alongRow(values().v, m_y), m_x, m_count, v);
+        kernels.interpolate(alongRow(values().u, y), m_x, m_count, u);
+        kernels.interpolate(alongRow(values().v, y), m_x, m_count, v);
         const auto& planes = m_draw.planes;
         yv12Row({m_draw.inputWidth,
                  m_draw.inputHeight,
@@ -82,31 +94,38 @@ private:
                 {u, v, m_count}, target);
     }
 
-    void samplePositions(std::uint8_t* target, const RowKernels& kernels) const noexcept {
+    void samplePositions(std::uint8_t* target, std::ptrdiff_t pitch,
+                         const RowKernels& kernels) const noexcept {
         const CDrawnRange& range = *m_draw.range;
-        const std::ptrdiff_t slot = range.raster().slotOf(m_span, m_y, m_x);
+        const CRaster& raster = range.raster();
+        const int band = m_y / bandHeight;
         const std::uint8_t* const pixels = windowPixels(m_draw);
-        if (range.isStraight(m_y / bandHeight)) {
-            std::memcpy(target, pixels + range.offsets()[slot], static_cast<std::size_t>(m_count) * 4);
-            return;
+        const std::ptrdiff_t slot = raster.slotOf(m_span, m_y, m_x);
+        const std::ptrdiff_t step = m_rows > 1 ? raster.slotOf(m_span, m_y + 1, m_x) - slot : 0;
+        const std::ptrdiff_t end = raster.endSlot(band);
+        if (range.isStraight(band)) {
+            forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
+                std::memcpy(row, pixels + range.offsets()[slot + (y - m_y) * step],
+                            static_cast<std::size_t>(m_count) * 4);
+            });
+        } else if (m_draw.tables.isThere()) {
+            forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
+                const std::ptrdiff_t first = slot + (y - m_y) * step;
+                drawLayers(range.layers(), first, m_count, pixels, m_draw.window.pitch, end - first - m_count,
+                           kernels, row);
+            });
+        } else {
+            kernels.sample({pixels, m_draw.window.pitch, range.offsets() + slot, range.fractions() + slot,
+                            step, m_count, m_rows, bytesOf(m_draw.outside), target, pitch,
+                            end - slot - (m_rows - 1) * step - m_count});
         }
-        // About as much later as memory takes to answer.
-        constexpr std::ptrdiff_t distance = 6 * pieceLength;
-        const bool isInBand = slot + distance + m_count <= range.raster().endSlot(m_y / bandHeight);
-        if (m_draw.tables.isThere()) {
-            drawLayers(range.layers(), slot, m_count, pixels, m_draw.window.pitch, isInBand ? distance : 0,
-                       kernels, target);
-            return;
-        }
-        const std::int32_t* const offsets = range.offsets() + slot;
-        kernels.sample({pixels, m_draw.window.pitch, offsets, range.fractions() + slot, m_count,
-                        bytesOf(m_draw.outside), target, isInBand ? offsets + distance : nullptr});
     }
 
     const QueuedDraw& m_draw;
     const Span& m_span;
-    int m_x;
     int m_y;
+    int m_rows;
+    int m_x;
     int m_count;
 };
 
@@ -177,8 +196,8 @@ std::uint64_t CDrawQueue::executeBand(const TargetView& target, int band, CPictu
             continue;
         }
         const QueuedDraw& draw = m_steps[i].draw;
-        draw.range->raster().forEachPiece(band, [&](const Span& span, int y, int x, int count) {
-            CPiece(draw, span, x, y, count).drawTo(pixelOf(target, x, y), kernels);
+        draw.range->raster().forEachBlock(band, [&](const Span& span, int y, int rows, int x, int count) {
+            CBlock(draw, span, y, rows, x, count).drawTo(pixelOf(target, x, y), target.pitch, kernels);
         });
     }
     return cleared;

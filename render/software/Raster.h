@@ -94,29 +94,34 @@ public:
         const std::size_t next = m_rowStarts[static_cast<std::size_t>(end - m_top)];
         return next < m_spans.size() ? m_spans[next].slot : m_slotCount;
     }
-    /// Calls `visit(span, y, first column, count)` for the pieces of a band. Pieces of different spans come
-    /// in the order of the spans where they overlap.
+    /// Calls `visit(span, first row, rows, first column, count)` for the blocks of a band: pieces of a span,
+    /// and those of a rectangle with all that lie below them in the band, whose slots follow each other.
+    /// Pieces of different spans come in the order of the spans where they overlap.
     template<typename Visit>
-    void forEachPiece(int band, Visit visit) const {
+    void forEachBlock(int band, Visit visit) const {
         const int first = std::max(m_top, band * bandHeight);
         const int end = std::min(m_bottom, (band + 1) * bandHeight);
-        const auto pieceOf = [&](const Span& span, int y, int x) {
-            visit(span, y, x, std::min(pieceLength, span.right - x));
+        const auto blocksOf = [&](const Span& span, int y, int rows) {
+            for (int x = span.left; x < span.right; x += pieceLength)
+                visit(span, y, rows, x, std::min(pieceLength, span.right - x));
         };
-        if (m_isRectangle && first < end) {
-            const Span& side = row(first).front();
-            for (int x = side.left; x < side.right; x += pieceLength) {
-                for (int y = first; y < end; ++y)
-                    pieceOf(row(y).front(), y, x);
-            }
+        if (m_isRectangle) {
+            if (first < end)
+                blocksOf(row(first).front(), first, end - first);
             return;
         }
         for (int y = first; y < end; ++y) {
-            for (const Span& span : row(y)) {
-                for (int x = span.left; x < span.right; x += pieceLength)
-                    pieceOf(span, y, x);
-            }
+            for (const Span& span : row(y))
+                blocksOf(span, y, 1);
         }
+    }
+    /// The same row by row: `visit(span, y, first column, count)`.
+    template<typename Visit>
+    void forEachPiece(int band, Visit visit) const {
+        forEachBlock(band, [&](const Span& span, int first, int rows, int x, int count) {
+            for (int y = first; y < first + rows; ++y)
+                visit(span, y, x, count);
+        });
     }
     /// How long arrays by slot have to be.
     std::size_t slotCount() const { return static_cast<std::size_t>(m_slotCount); }

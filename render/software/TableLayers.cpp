@@ -69,12 +69,13 @@ SeenLayers& CTableLayers::seen(std::ptrdiff_t slot) const {
 }
 
 void drawLayers(const CTableLayers& layers, std::ptrdiff_t slot, int count, const std::uint8_t* window,
-                std::ptrdiff_t pitch, std::ptrdiff_t later, const RowKernels& kernels, std::uint8_t* target) {
+                std::ptrdiff_t pitch, std::ptrdiff_t following, const RowKernels& kernels,
+                std::uint8_t* target) {
     const SeenLayers seen = layers.seen(slot);
     if (const int alone = seen.alone(); alone >= 0) {
         const CTableLayers::Layer layer = layers.at(alone, slot);
-        kernels.sample({window, pitch, layer.offsets, layer.fractions, count, opaqueBlackBytes(), target,
-                        later > 0 ? layer.offsets + later : nullptr});
+        kernels.sample({window, pitch, layer.offsets, layer.fractions, 0, count, 1, opaqueBlackBytes(),
+                        target, 0, following});
         makeOpaque(target, count);
         return;
     }

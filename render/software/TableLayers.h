@@ -46,10 +46,10 @@ private:
 };
 
 /// Draws a piece of up to pieceLength pixels from its first slot on; `window` is the upper left pixel of what
-/// is looked at, `later` as in SampleRow but slots ahead of this one, 0: none. Opaque everywhere, and black
-/// where no table sees anything.
+/// is looked at, `following` as in SampleBlock. Opaque everywhere, and black where no table sees anything.
 void drawLayers(const CTableLayers& layers, std::ptrdiff_t slot, int count, const std::uint8_t* window,
-                std::ptrdiff_t pitch, std::ptrdiff_t later, const RowKernels& kernels, std::uint8_t* target);
+                std::ptrdiff_t pitch, std::ptrdiff_t following, const RowKernels& kernels,
+                std::uint8_t* target);
 
 /// A growing block: makes it at least so large, of undefined contents. Throws std::bad_alloc.
 void growTo(CAlignedBytes& bytes, std::size_t size, const MemorySource& memory);

@@ -21,58 +21,62 @@ __m256i inBothHalves(__m128i bytes) {
     return _mm256_set_m128i(pairOfPairs(2), pairOfPairs(0));
 }
 
-/// The mix of each channel over a pair, 255-fold: 0 … 65025.
+/// The mix of each channel over a pair, 255-fold, less the half of full scale.
 [[gnu::always_inline]] inline __m256i mixAcross(__m256i pairs, __m256i shares) {
     const __m256i byChannel =
         inBothHalves(_mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
-    // The multiplication wants one factor with a sign: pixels less 128, which the shares make 32640.
+    // The multiplication wants one factor with a sign: pixels less 128.
     const __m256i centred =
         _mm256_xor_si256(_mm256_shuffle_epi8(pairs, byChannel), _mm256_set1_epi8(static_cast<char>(0x80)));
-    return _mm256_add_epi16(_mm256_maddubs_epi16(shares, centred), _mm256_set1_epi16(32640));
+    return _mm256_maddubs_epi16(shares, centred);
 }
 
-/// Four pixels, a channel in 16 bits, 255-fold.
+/// Four pixels, a channel in 16 bits, 255-fold, less the half of full scale, 32640.
 [[gnu::always_inline]] inline __m256i mixFour(const std::uint8_t* pixels, std::ptrdiff_t pitch,
                                               const std::int32_t* offsets, const std::uint16_t* shares255) {
-    const __m256i fractions =
-        _mm256_cvtepu16_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(shares255)));
+    const __m256i fractions = inBothHalves(_mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(shares255)));
     const __m256i right = _mm256_shuffle_epi8(
-        fractions, inBothHalves(_mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 8, 8, 8, 8, 8, 8, 8, 8)));
-    const __m256i down = _mm256_shuffle_epi8(
-        fractions, inBothHalves(_mm_setr_epi8(1, 1, 1, 1, 1, 1, 1, 1, 9, 9, 9, 9, 9, 9, 9, 9)));
+        fractions, _mm256_setr_epi64x(0, 0x0202020202020202, 0x0404040404040404, 0x0606060606060606));
+    const __m256i down = _mm256_srli_epi16(
+        _mm256_shuffle_epi8(fractions, _mm256_setr_epi64x(0x0101010101010101, 0x0303030303030303,
+                                                          0x0505050505050505, 0x0707070707070707)),
+        1);
     const __m256i shares = _mm256_xor_si256(right, _mm256_set1_epi16(0x00FF));
     const __m256i above = mixAcross(pixelPairs(pixels, offsets), shares);
     const __m256i below = mixAcross(pixelPairs(pixels + pitch, offsets), shares);
-    const __m256i up = _mm256_xor_si256(down, _mm256_set1_epi16(-1));
-    return _mm256_add_epi16(_mm256_mulhi_epu16(above, up), _mm256_mulhi_epu16(below, down));
+    const __m256i up = _mm256_xor_si256(down, _mm256_set1_epi16(0x7FFF));
+    return _mm256_add_epi16(_mm256_mulhrs_epi16(above, up), _mm256_mulhrs_epi16(below, down));
 }
 
-/// From 255-fold levels, saturated on the way as far as 16 bits go.
+/// From 255-fold levels less `offset`, which saturate where 16 bits end.
+template<int offset>
 [[gnu::always_inline]] inline __m256i levelsOf(__m256i mix) {
-    return _mm256_mulhi_epu16(_mm256_adds_epu16(mix, _mm256_set1_epi16(127)), _mm256_set1_epi16(257));
+    const __m256i half = _mm256_set1_epi16(static_cast<short>(offset + 127));
+    const __m256i raised = offset == 0 ? _mm256_adds_epu16(mix, half) : _mm256_add_epi16(mix, half);
+    return _mm256_mulhi_epu16(raised, _mm256_set1_epi16(257));
 }
 
-[[gnu::always_inline]] inline __m256i sampleFour(const SampleRow& row, int i) {
-    return levelsOf(mixFour(row.pixels, row.pitch, row.offsets + i, row.fractions + i));
+/// Eight pixels.
+template<int offset>
+[[gnu::always_inline]] inline __m256i levelsInOrder(__m256i first, __m256i second) {
+    const __m256i levels = _mm256_packus_epi16(levelsOf<offset>(first), levelsOf<offset>(second));
+    // Packing takes turns in either half.
+    return _mm256_permute4x64_epi64(levels, 0xD8);
 }
 
-void sample(const SampleRow& row) {
-    constexpr int block = 8;
-    int i = 0;
-    for (; i + block <= row.count; i += block) {
-        fetchLater(row, i, block);
-        const __m256i offsets = _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(row.offsets + i));
-        if (_mm256_movemask_epi8(_mm256_srai_epi32(offsets, 31)) != 0) {
-            samplePlainly(row, i, i + block);
-            continue;
-        }
-        const __m256i levels = _mm256_packus_epi16(sampleFour(row, i), sampleFour(row, i + 4));
-        // Packing takes turns in either half.
-        const __m256i inOrder = _mm256_permute4x64_epi64(levels, 0xD8);
-        _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.target + static_cast<std::ptrdiff_t>(i) * 4),
-                            inOrder);
-    }
-    samplePlainly(row, i, row.count);
+void sample(const SampleBlock& block) {
+    sampleInStrips<8>(
+        block, [](const std::int32_t* offsets) __attribute__((always_inline)) {
+            const __m256i eight = _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(offsets));
+            return _mm256_movemask_ps(_mm256_castsi256_ps(eight)) == 0;
+        },
+        [&](const std::int32_t* offsets, const std::uint16_t* fractions,
+            std::uint8_t* target) __attribute__((always_inline)) {
+            const auto mix = [&](int i) __attribute__((always_inline)) {
+                return mixFour(block.pixels, block.pitch, offsets + i, fractions + i);
+            };
+            _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(target), levelsInOrder<centre>(mix(0), mix(4)));
+        });
 }
 
 /// What a layer adds to four pixels.
@@ -80,8 +84,8 @@ void sample(const SampleRow& row) {
     const __m256i weights = _mm256_shuffle_epi8(
         _mm256_cvtepu16_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(layer.weights + i))),
         inBothHalves(_mm_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 8, 9, 8, 9, 8, 9, 8, 9)));
-    return _mm256_mulhi_epu16(mixFour(row.pixels, row.pitch, layer.offsets + i, layer.fractions + i),
-                              weights);
+    const __m256i mix = mixFour(row.pixels, row.pitch, layer.offsets + i, layer.fractions + i);
+    return _mm256_mulhi_epu16(_mm256_add_epi16(mix, _mm256_set1_epi16(centre)), weights);
 }
 
 /// False, and nothing written, where a layer sees only some of the eight pixels.
@@ -99,12 +103,9 @@ bool mixEight(const MixRow& row, int i) {
         first = _mm256_adds_epu16(first, weightedFour(row, layer, i));
         second = _mm256_adds_epu16(second, weightedFour(row, layer, i + 4));
     }
-    const __m256i levels = _mm256_packus_epi16(levelsOf(first), levelsOf(second));
     const __m256i opaque = _mm256_set1_epi32(static_cast<int>(0xFF000000U));
-    // Packing takes turns in either half.
-    const __m256i inOrder = _mm256_or_si256(_mm256_permute4x64_epi64(levels, 0xD8), opaque);
     _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.target + static_cast<std::ptrdiff_t>(i) * 4),
-                        inOrder);
+                        _mm256_or_si256(levelsInOrder<0>(first, second), opaque));
     return true;
 }
 

@@ -12,71 +12,100 @@ namespace {
     return _mm512_i32gather_epi64(offsets, pixels, 1);
 }
 
-/// The mix of each channel over a pair, 255-fold: 0 … 65025.
-[[gnu::always_inline]] inline __m512i mixAcross(__m512i pairs, __m512i shares) {
-    const __m512i byChannel =
-        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
-    // The multiplication wants one factor with a sign: pixels less 128, which the shares make 32640.
-    const __m512i centred =
-        _mm512_xor_si512(_mm512_shuffle_epi8(pairs, byChannel), _mm512_set1_epi8(static_cast<char>(0x80)));
-    return _mm512_add_epi16(_mm512_maddubs_epi16(shares, centred), _mm512_set1_epi16(32640));
+/// Picks byte `which` of each of eight 16-bit numbers, which every lane has, eight times.
+[[gnu::always_inline]] inline __m512i eightTimes(int which) {
+    const auto bytesOf = [which](int number) { return 0x0101010101010101LL * (2 * number + which); };
+    return _mm512_setr_epi64(bytesOf(0), bytesOf(1), bytesOf(2), bytesOf(3), bytesOf(4), bytesOf(5),
+                             bytesOf(6), bytesOf(7));
 }
 
-/// Eight pixels, a channel in 16 bits, 255-fold.
-[[gnu::always_inline]] inline __m512i mixEight(const std::uint8_t* pixels, std::ptrdiff_t pitch,
-                                               const std::int32_t* places, const std::uint16_t* shares255) {
-    const __m512i fractions =
-        _mm512_cvtepu16_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(shares255)));
-    const __m512i right = _mm512_shuffle_epi8(
-        fractions, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 8, 8, 8, 8, 8, 8, 8, 8)));
-    const __m512i down = _mm512_shuffle_epi8(
-        fractions, _mm512_broadcast_i32x4(_mm_setr_epi8(1, 1, 1, 1, 1, 1, 1, 1, 9, 9, 9, 9, 9, 9, 9, 9)));
-    const __m512i shares = _mm512_xor_si512(right, _mm512_set1_epi16(0x00FF));
-    const __m256i offsets = _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(places));
-    const __m512i above = mixAcross(pixelPairs(pixels, offsets), shares);
-    const __m512i below = mixAcross(pixelPairs(pixels + pitch, offsets), shares);
-    const __m512i up = _mm512_xor_si512(down, _mm512_set1_epi16(-1));
-    return _mm512_add_epi16(_mm512_mulhi_epu16(above, up), _mm512_mulhi_epu16(below, down));
-}
+/// The mix of the four pixels around eight places.
+class CMixer {
+public:
+    [[gnu::always_inline]] CMixer(const std::uint8_t* pixels, std::ptrdiff_t pitch)
+        : m_upper(pixels), m_lower(pixels + pitch) {}
 
-/// From 255-fold levels, saturated on the way as far as 16 bits go.
-[[gnu::always_inline]] inline __m512i levelsOf(__m512i mix) {
-    return _mm512_mulhi_epu16(_mm512_adds_epu16(mix, _mm512_set1_epi16(127)), _mm512_set1_epi16(257));
-}
-
-[[gnu::always_inline]] inline __m512i sampleEight(const SampleRow& row, int i) {
-    return levelsOf(mixEight(row.pixels, row.pitch, row.offsets + i, row.fractions + i));
-}
-
-void sample(const SampleRow& row) {
-    constexpr int block = 16;
-    int i = 0;
-    for (; i + block <= row.count; i += block) {
-        fetchLater(row, i, block);
-        const __m512i offsets = _mm512_loadu_si512(row.offsets + i);
-        if (_mm512_cmplt_epi32_mask(offsets, _mm512_setzero_si512()) != 0) {
-            samplePlainly(row, i, i + block);
-            continue;
-        }
-        const __m512i levels = _mm512_packus_epi16(sampleEight(row, i), sampleEight(row, i + 8));
-        // Packing takes turns in every quarter.
-        const __m512i inOrder = _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), levels);
-        _mm512_storeu_si512(row.target + static_cast<std::ptrdiff_t>(i) * 4, inOrder);
+    /// A channel in 16 bits, 255-fold, less the half of full scale, 32640.
+    [[gnu::always_inline]] __m512i mixEight(const std::int32_t* places,
+                                            const std::uint16_t* shares255) const {
+        const __m512i fractions =
+            _mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(shares255)));
+        const __m512i shares = _mm512_xor_si512(_mm512_shuffle_epi8(fractions, m_right), m_otherShare);
+        const __m512i down = _mm512_srli_epi16(_mm512_shuffle_epi8(fractions, m_down), 1);
+        const __m512i up = _mm512_xor_si512(down, m_full);
+        const __m256i offsets = _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(places));
+        const __m512i above = mixAcross(pixelPairs(m_upper, offsets), shares);
+        const __m512i below = mixAcross(pixelPairs(m_lower, offsets), shares);
+        return _mm512_add_epi16(_mm512_mulhrs_epi16(above, up), _mm512_mulhrs_epi16(below, down));
     }
-    samplePlainly(row, i, row.count);
+
+private:
+    /// The mix of each channel over a pair.
+    [[gnu::always_inline]] __m512i mixAcross(__m512i pairs, __m512i shares) const {
+        // The multiplication wants one factor with a sign: pixels less 128.
+        const __m512i centred = _mm512_xor_si512(_mm512_shuffle_epi8(pairs, m_byChannel), m_signs);
+        return _mm512_maddubs_epi16(shares, centred);
+    }
+
+    const std::uint8_t* m_upper;
+    const std::uint8_t* m_lower;
+    __m512i m_byChannel = inRegister(
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15)));
+    __m512i m_signs = inRegister(_mm512_set1_epi8(static_cast<char>(0x80)));
+    __m512i m_right = inRegister(eightTimes(0));
+    __m512i m_down = inRegister(eightTimes(1));
+    __m512i m_otherShare = inRegister(_mm512_set1_epi16(0x00FF));
+    __m512i m_full = inRegister(_mm512_set1_epi16(0x7FFF));
+};
+
+/// From 255-fold levels less `offset`, which saturate where 16 bits end.
+template<int offset>
+class CLevels {
+public:
+    /// Sixteen pixels.
+    [[gnu::always_inline]] __m512i operator()(__m512i first, __m512i second) const {
+        const __m512i levels = _mm512_packus_epi16(levelsOf(first), levelsOf(second));
+        // Packing takes turns in every quarter.
+        return _mm512_permutexvar_epi64(m_inOrder, levels);
+    }
+
+private:
+    [[gnu::always_inline]] __m512i levelsOf(__m512i mix) const {
+        const __m512i raised = offset == 0 ? _mm512_adds_epu16(mix, m_half) : _mm512_add_epi16(mix, m_half);
+        return _mm512_mulhi_epu16(raised, m_reciprocal);
+    }
+
+    __m512i m_half = inRegister(_mm512_set1_epi16(static_cast<short>(offset + 127)));
+    __m512i m_reciprocal = inRegister(_mm512_set1_epi16(257));
+    __m512i m_inOrder = inRegister(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7));
+};
+
+void sample(const SampleBlock& block) {
+    const CMixer mixer(block.pixels, block.pitch);
+    const CLevels<centre> levels;
+    sampleInStrips<16>(
+        block, [](const std::int32_t* offsets) __attribute__((always_inline)) {
+            return _mm512_cmplt_epi32_mask(_mm512_loadu_si512(offsets), _mm512_setzero_si512()) == 0;
+        },
+        [&](const std::int32_t* offsets, const std::uint16_t* fractions, std::uint8_t* target)
+            __attribute__((always_inline)) {
+                _mm512_storeu_si512(target, levels(mixer.mixEight(offsets, fractions),
+                                                   mixer.mixEight(offsets + 8, fractions + 8)));
+            });
 }
 
 /// What a layer adds to eight pixels.
-[[gnu::always_inline]] inline __m512i weightedEight(const MixRow& row, const MixLayer& layer, int i) {
+[[gnu::always_inline]] inline __m512i weightedEight(const CMixer& mixer, const MixLayer& layer, int i) {
     const __m512i weights = _mm512_shuffle_epi8(
         _mm512_cvtepu16_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(layer.weights + i))),
         _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 8, 9, 8, 9, 8, 9, 8, 9)));
-    return _mm512_mulhi_epu16(mixEight(row.pixels, row.pitch, layer.offsets + i, layer.fractions + i),
-                              weights);
+    const __m512i mix = mixer.mixEight(layer.offsets + i, layer.fractions + i);
+    return _mm512_mulhi_epu16(_mm512_add_epi16(mix, _mm512_set1_epi16(centre)), weights);
 }
 
 /// False, and nothing written, where a layer sees only some of the sixteen pixels.
-bool mixSixteen(const MixRow& row, int i) {
+[[gnu::always_inline]] inline bool mixSixteen(const MixRow& row, const CMixer& mixer,
+                                              const CLevels<0>& levels, int i) {
     __m512i first = _mm512_setzero_si512();
     __m512i second = _mm512_setzero_si512();
     for (int k = 0; k < row.layerCount; ++k) {
@@ -87,23 +116,23 @@ bool mixSixteen(const MixRow& row, int i) {
             continue;
         if (unseen != 0)
             return false;
-        first = _mm512_adds_epu16(first, weightedEight(row, layer, i));
-        second = _mm512_adds_epu16(second, weightedEight(row, layer, i + 8));
+        first = _mm512_adds_epu16(first, weightedEight(mixer, layer, i));
+        second = _mm512_adds_epu16(second, weightedEight(mixer, layer, i + 8));
     }
-    const __m512i levels = _mm512_packus_epi16(levelsOf(first), levelsOf(second));
     const __m512i opaque = _mm512_set1_epi32(static_cast<int>(0xFF000000U));
-    // Packing takes turns in every quarter.
-    const __m512i inOrder = _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), levels);
-    _mm512_storeu_si512(row.target + static_cast<std::ptrdiff_t>(i) * 4, _mm512_or_si512(inOrder, opaque));
+    _mm512_storeu_si512(row.target + static_cast<std::ptrdiff_t>(i) * 4,
+                        _mm512_or_si512(levels(first, second), opaque));
     return true;
 }
 
 void mixLayers(const MixRow& row) {
-    constexpr int block = 16;
+    constexpr int strip = 16;
+    const CMixer mixer(row.pixels, row.pitch);
+    const CLevels<0> levels;
     int i = 0;
-    for (; i + block <= row.count; i += block) {
-        if (!mixSixteen(row, i))
-            mixLayersPlainly(row, i, i + block);
+    for (; i + strip <= row.count; i += strip) {
+        if (!mixSixteen(row, mixer, levels, i))
+            mixLayersPlainly(row, i, i + strip);
     }
     mixLayersPlainly(row, i, row.count);
 }
@@ -113,11 +142,11 @@ struct Direction {
     __m512i whole;
     __m512i share;
 
-    Direction(__m512 positions, int size) {
+    Direction(__m512 positions, __m512 last) {
         const __m512 from = _mm512_sub_ps(positions, _mm512_set1_ps(0.5F));
         // What is no number becomes the second.
         const __m512 notBefore = _mm512_max_ps(from, _mm512_setzero_ps());
-        const __m512 inside = _mm512_min_ps(notBefore, _mm512_set1_ps(static_cast<float>(size - 1)));
+        const __m512 inside = _mm512_min_ps(notBefore, last);
         whole = _mm512_cvttps_epi32(inside);
         const __m512 rest = _mm512_sub_ps(inside, _mm512_cvtepi32_ps(whole));
         share = _mm512_cvttps_epi32(
@@ -131,23 +160,46 @@ struct Sixteen {
     __mmask16 isSomewhere;
 };
 
-Sixteen packSixteen(const PackRow& row, const Bounds& bounds, int i) {
-    const __m512 low = _mm512_set1_ps(bounds.low);
-    const __m512 x = _mm512_loadu_ps(row.x + i);
-    const __m512 y = _mm512_loadu_ps(row.y + i);
-    __mmask16 isSomewhere = _mm512_cmp_ps_mask(x, low, _CMP_GE_OQ);
-    isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, low, _CMP_GE_OQ);
-    isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, x, _mm512_set1_ps(bounds.highX), _CMP_LE_OQ);
-    isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, _mm512_set1_ps(bounds.highY), _CMP_LE_OQ);
-    const Direction across(x, row.width);
-    const Direction down(y, row.height);
-    const __m512i offsets = _mm512_add_epi32(_mm512_mullo_epi32(down.whole, _mm512_set1_epi32(row.pitch)),
-                                             _mm512_slli_epi32(across.whole, 2));
-    _mm512_storeu_si512(row.offsets + i, _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), isSomewhere, offsets));
-    const __m512i fractions = _mm512_or_si512(across.share, _mm512_slli_epi32(down.share, 8));
-    _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(row.fractions + i), _mm512_cvtepi32_epi16(fractions));
-    return {_mm512_or_si512(across.whole, _mm512_slli_epi32(down.whole, 16)), isSomewhere};
-}
+/// What is the same for all of a row.
+class CPacker {
+public:
+    [[gnu::always_inline]] CPacker(const PackRow& row, const Bounds& bounds)
+        : m_x(row.x), m_y(row.y), m_offsets(row.offsets), m_fractions(row.fractions),
+          m_low(_mm512_set1_ps(bounds.low)), m_highX(_mm512_set1_ps(bounds.highX)),
+          m_highY(_mm512_set1_ps(bounds.highY)), m_lastX(_mm512_set1_ps(static_cast<float>(row.width - 1))),
+          m_lastY(_mm512_set1_ps(static_cast<float>(row.height - 1))), m_pitch(_mm512_set1_epi32(row.pitch)) {
+    }
+
+    [[gnu::always_inline]] Sixteen operator()(int i) const {
+        const __m512 x = _mm512_loadu_ps(m_x + i);
+        const __m512 y = _mm512_loadu_ps(m_y + i);
+        __mmask16 isSomewhere = _mm512_cmp_ps_mask(x, m_low, _CMP_GE_OQ);
+        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, m_low, _CMP_GE_OQ);
+        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, x, m_highX, _CMP_LE_OQ);
+        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, m_highY, _CMP_LE_OQ);
+        const Direction across(x, m_lastX);
+        const Direction down(y, m_lastY);
+        const __m512i offsets =
+            _mm512_add_epi32(_mm512_mullo_epi32(down.whole, m_pitch), _mm512_slli_epi32(across.whole, 2));
+        _mm512_storeu_si512(m_offsets + i,
+                            _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), isSomewhere, offsets));
+        const __m512i fractions = _mm512_or_si512(across.share, _mm512_slli_epi32(down.share, 8));
+        _mm256_storeu_si256(reinterpret_cast<__m256i_u*>(m_fractions + i), _mm512_cvtepi32_epi16(fractions));
+        return {_mm512_or_si512(across.whole, _mm512_slli_epi32(down.whole, 16)), isSomewhere};
+    }
+
+private:
+    const float* m_x;
+    const float* m_y;
+    std::int32_t* m_offsets;
+    std::uint16_t* m_fractions;
+    __m512 m_low;
+    __m512 m_highX;
+    __m512 m_highY;
+    __m512 m_lastX;
+    __m512 m_lastY;
+    __m512i m_pitch;
+};
 
 GroupBox boxOf(const Sixteen& a, const Sixteen& b) {
     const __m512i ones = _mm512_set1_epi32(-1);
@@ -163,16 +215,17 @@ GroupBox boxOf(const Sixteen& a, const Sixteen& b) {
 }
 
 void pack(const PackRow& row) {
-    const Bounds bounds(row);
-    int i = 0;
-    for (; i + groupLength <= row.count; i += groupLength) {
-        const Sixteen a = packSixteen(row, bounds, i);
-        const Sixteen b = packSixteen(row, bounds, i + groupLength / 2);
-        if (row.boxes != nullptr)
-            row.boxes[i / groupLength] = boxOf(a, b);
+    const CPacker packed(row, Bounds(row));
+    const int whole = row.count / groupLength * groupLength;
+    GroupBox* const boxes = row.boxes;
+    for (int i = 0; i < whole; i += groupLength) {
+        const Sixteen a = packed(i);
+        const Sixteen b = packed(i + groupLength / 2);
+        if (boxes != nullptr)
+            boxes[i / groupLength] = boxOf(a, b);
     }
-    if (i < row.count)
-        packGroup(row, i, row.count);
+    if (whole < row.count)
+        packGroup(row, whole, row.count);
 }
 
 } // namespace

@@ -3,8 +3,9 @@
 namespace tarvo::render::software {
 namespace {
 
-void sample(const SampleRow& row) {
-    samplePlainly(row, 0, row.count);
+void sample(const SampleBlock& block) {
+    for (int row = 0; row < block.rows; ++row)
+        samplePlainly(block, row, 0, block.count);
 }
 
 void mixLayers(const MixRow& row) {

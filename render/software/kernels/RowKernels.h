@@ -90,29 +90,33 @@ struct PackRow {
 using PackKernel = void (*)(const PackRow& row);
 
 /// The mix of the four pixels around each position, in whole numbers: with shares a of the right and b of the
-/// lower pixels in 255ths,
+/// lower pixels in 255ths and D = ⌊257b / 2⌋,
 ///
-///     above = (255 − a)·upper left + a·upper right       below likewise
-///     mix   = ⌊above·(65535 − 257b) / 65536⌋ + ⌊below·257b / 65536⌋
+///     above = (255 − a)·(upper left − 128) + a·(upper right − 128)       below likewise
+///     mix   = ⌊above·(32767 − D) / 32768 + 1/2⌋ + ⌊below·D / 32768 + 1/2⌋ + 32640
 ///     level = ⌊(mix + 127)·257 / 65536⌋
 ///
 /// which is exact where all four are equal or a and b are 0 or 255, and otherwise the nearest level but for
 /// 1/100; positions were rounded to 1/255 pixel, so that it is at most one level from the mix at the position
 /// itself.
-struct SampleRow {
+///
+/// A block of several rows, whose positions lie one row behind the other.
+struct SampleBlock {
     const std::uint8_t* pixels;
     std::ptrdiff_t pitch;
     const std::int32_t* offsets;
     const std::uint16_t* fractions;
-    int count;
+    std::ptrdiff_t step; ///< positions from a row to the next
+    int count;           ///< pixels of a row
+    int rows;
     std::uint32_t outside; ///< BGRA bytes as they lie in memory
     std::uint8_t* target;
-    /// As many offsets that will be looked at a little later, so that their pixels are fetched meanwhile; or
-    /// null. In a view that is turned, each row of the target crosses many of the picture, and no processor
-    /// guesses that.
-    const std::int32_t* later = nullptr;
+    std::ptrdiff_t targetPitch;
+    /// Positions that follow behind the last of the block: their pixels are fetched a little ahead. In a view
+    /// that is turned, each row of the target crosses many of the picture, and no processor guesses that.
+    std::ptrdiff_t following = 0;
 };
-using SampleKernel = void (*)(const SampleRow& row);
+using SampleKernel = void (*)(const SampleBlock& block);
 
 /// What a table of a custom view says about places of its grid, its cells being bilinear patches. A texel has
 /// four channels, 0 … 65535: column and line in the sampled picture, 65535 being the far edge, the weight,
@@ -153,7 +157,7 @@ struct MixLayer {
 };
 
 /// The sum of what several tables find, each with its weight w in 65535ths, in whole numbers: with `mix` as
-/// in SampleRow, 255-fold levels,
+/// in SampleBlock, 255-fold levels,
 ///
 ///     sum   = min(65535, sum + ⌊mix·w / 65536⌋)      table by table
 ///     level = min(255, ⌊min(65535, sum + 127)·257 / 65536⌋)

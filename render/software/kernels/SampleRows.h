@@ -82,46 +82,97 @@ void packGroup(const PackRow& row, int begin, int end) {
         packGroup(row, whole, row.count);
 }
 
-/// Begins to fetch what the later ones of `count` pixels from pixel i on look at. Every fourth will do: a
-/// line of the cache holds sixteen pixels side by side.
-[[gnu::always_inline, maybe_unused]] inline void fetchLater(const SampleRow& row, int i, int count) {
-    if (row.later == nullptr)
-        return;
-    for (int k = i; k < i + count; k += 4)
-        __builtin_prefetch(row.pixels + row.later[k]);
+/// A vector that is to stay in its register: compilers take some constants for free and make them again at
+/// every use.
+template<typename Vector>
+[[gnu::always_inline]] inline Vector inRegister(Vector vector) {
+    asm("" : "+x"(vector));
+    return vector;
 }
+
+/// The half of full scale, 255-fold.
+constexpr int centre = 32640;
 
 /// The four pixels around a position.
 struct FourPixels {
     const std::uint8_t* upper;
     const std::uint8_t* lower;
-    std::uint32_t right;
-    std::uint32_t down;
+    std::int32_t right;
+    std::int32_t down;
 
     [[gnu::always_inline]] FourPixels(const std::uint8_t* pixels, std::ptrdiff_t pitch, std::int32_t offset,
                                       std::uint16_t fractions)
-        : upper(pixels + offset), lower(upper + pitch), right(fractions & 255U),
-          down((fractions >> 8U) * 257U) {}
+        : upper(pixels + offset), lower(upper + pitch), right(fractions & 255),
+          down(((fractions >> 8) * 257) >> 1) {}
 
     /// 255-fold.
     [[gnu::always_inline]] std::uint32_t mix(int channel) const {
-        const std::uint32_t above = upper[channel] * (255U - right) + upper[channel + 4] * right;
-        const std::uint32_t below = lower[channel] * (255U - right) + lower[channel + 4] * right;
-        return (above * (65535U - down) >> 16) + (below * down >> 16);
+        const std::int32_t above = across(upper + channel) * (32767 - down);
+        const std::int32_t below = across(lower + channel) * down;
+        return static_cast<std::uint32_t>(((above + 16384) >> 15) + ((below + 16384) >> 15) + centre);
+    }
+
+private:
+    [[gnu::always_inline]] std::int32_t across(const std::uint8_t* left) const {
+        return (left[0] - 128) * (255 - right) + (left[4] - 128) * right;
     }
 };
 
-/// Pixels `begin` … `end` − 1 one by one.
-void samplePlainly(const SampleRow& row, int begin, int end) {
+/// Pixels `begin` … `end` − 1 of a row one by one.
+[[gnu::noinline]] void samplePlainly(const SampleBlock& block, int row, int begin, int end) {
+    const std::int32_t* const offsets = block.offsets + row * block.step;
+    const std::uint16_t* const fractions = block.fractions + row * block.step;
     for (int i = begin; i < end; ++i) {
-        std::uint8_t* const target = row.target + static_cast<std::ptrdiff_t>(i) * 4;
-        if (row.offsets[i] < 0) {
-            __builtin_memcpy(target, &row.outside, 4);
+        std::uint8_t* const target =
+            block.target + row * block.targetPitch + static_cast<std::ptrdiff_t>(i) * 4;
+        if (offsets[i] < 0) {
+            __builtin_memcpy(target, &block.outside, 4);
             continue;
         }
-        const FourPixels pixels(row.pixels, row.pitch, row.offsets[i], row.fractions[i]);
+        const FourPixels pixels(block.pixels, block.pitch, offsets[i], fractions[i]);
         for (int channel = 0; channel < 4; ++channel)
             target[channel] = static_cast<std::uint8_t>((pixels.mix(channel) + 127U) * 257U >> 16);
+    }
+}
+
+/// Begins to fetch what is looked at by `count` positions. Every fourth will do: a line of the cache holds
+/// sixteen pixels side by side.
+template<int count>
+[[gnu::always_inline]] inline void fetch(const std::uint8_t* pixels, const std::int32_t* offsets) {
+    for (int i = 0; i < count; i += 4)
+        __builtin_prefetch(pixels + offsets[i]);
+}
+
+/// A block in strips of `length` pixels of a row: `store(offsets, fractions, target)` for those that look
+/// somewhere all over, as isSomewhere(offsets) tells, and the rest one by one. Nothing is called in the inner
+/// loop, so that what `store` needs each time stays in registers.
+template<int length, typename IsSomewhere, typename Store>
+[[gnu::always_inline, maybe_unused]] inline void sampleInStrips(const SampleBlock& block,
+                                                                IsSomewhere isSomewhere, Store store) {
+    // About as much ahead as memory takes to answer.
+    constexpr std::ptrdiff_t ahead = 768;
+    const std::uint8_t* const pixels = block.pixels;
+    const int whole = block.count / length * length;
+    std::ptrdiff_t left = (block.rows - 1) * block.step + block.count + block.following;
+    for (int row = 0; row < block.rows; ++row, left -= block.step) {
+        const std::int32_t* const offsets = block.offsets + row * block.step;
+        const std::uint16_t* const fractions = block.fractions + row * block.step;
+        std::uint8_t* const target = block.target + row * block.targetPitch;
+        const bool fetches = left >= ahead + block.count;
+        int i = 0;
+        while (i < whole) {
+            for (; i < whole && isSomewhere(offsets + i); i += length) {
+                if (fetches)
+                    fetch<length>(pixels, offsets + i + ahead);
+                store(offsets + i, fractions + i, target + static_cast<std::ptrdiff_t>(i) * 4);
+            }
+            if (i < whole) {
+                samplePlainly(block, row, i, i + length);
+                i += length;
+            }
+        }
+        if (i < block.count)
+            samplePlainly(block, row, i, block.count);
     }
 }
 

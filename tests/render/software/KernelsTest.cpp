@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <numeric>
 #include <random>
 #include <tuple>
 #include <vector>
@@ -279,8 +280,8 @@ std::vector<Bgra> sampled(const Picture& picture, const std::vector<float>& x, c
     rowKernels().pack({x.data(), y.data(), count, picture.width, picture.height, false,
                        static_cast<std::int32_t>(padded.pitch), offsets.data(), fractions.data(),
                        boxes.data()});
-    rowKernels().sample({padded.bytes.data(), padded.pitch, offsets.data(), fractions.data(), count,
-                         0x04030201U, &pixels.data()->blue});
+    rowKernels().sample({padded.bytes.data(), padded.pitch, offsets.data(), fractions.data(), 0, count, 1,
+                         0x04030201U, &pixels.data()->blue, 0});
     return pixels;
 }
 
@@ -302,6 +303,38 @@ TEST(SoftwareKernels, SamplesAreWithinOneLevelOfTheExactMix) {
             const std::array<int, 4> actual{pixels[i].blue, pixels[i].green, pixels[i].red, pixels[i].alpha};
             for (std::size_t channel = 0; channel < 4; ++channel)
                 ASSERT_LE(std::abs(actual[channel] - std::lround(mix[channel])), 1) << x[i] << ", " << y[i];
+        }
+    }
+}
+
+TEST(SoftwareKernels, SamplesAreTheNearestLevelsButForAHundredth) {
+    std::mt19937 random(21);
+    // Every pair of shares, in one row.
+    std::vector<std::uint16_t> fractions(65536);
+    std::iota(fractions.begin(), fractions.end(), std::uint16_t{0});
+    const std::vector<std::int32_t> offsets(fractions.size(), 0);
+    std::vector<Bgra> pixels(fractions.size());
+    for (int round = 0; round < 40; ++round) {
+        // Upper and lower two pixels, all channels alike; extremes, four alike or anything.
+        std::array<int, 4> levels{};
+        for (int& level : levels)
+            level = static_cast<int>(round % 3 == 0 ? random() % 2 * 255 : random() % 256);
+        if (round % 3 == 1)
+            levels.fill(levels[0]);
+        std::array<std::uint8_t, 16> picture{};
+        for (std::size_t i = 0; i < picture.size(); ++i)
+            picture[i] = static_cast<std::uint8_t>(levels[i / 4]);
+        rowKernels().sample(
+            {picture.data(), 8, offsets.data(), fractions.data(), 0, 65536, 1, 0, &pixels.data()->blue, 0});
+        for (std::size_t i = 0; i < fractions.size(); ++i) {
+            const double right = static_cast<double>(i & 255) / 255.0;
+            const double down = static_cast<double>(i >> 8) / 255.0;
+            const double above = levels[0] + right * (levels[1] - levels[0]);
+            const double below = levels[2] + right * (levels[3] - levels[2]);
+            const double mix = above + down * (below - above);
+            const bool isExact = round % 3 == 1 || ((i & 255) % 255 == 0 && (i >> 8) % 255 == 0);
+            ASSERT_NEAR(pixels[i].blue, mix, isExact ? 1e-9 : 0.51) << i;
+            ASSERT_EQ(pixels[i].alpha, pixels[i].blue);
         }
     }
 }

@@ -204,7 +204,11 @@ TEST_P(RowVariants, sampleAlike) {
         for (std::uint8_t& byte : pixels)
             byte = static_cast<std::uint8_t>(round % 4 == 0 ? 255 * whole(0, 1) : whole(0, 255));
         const int count = whole(1, 140);
-        std::vector<std::int32_t> offsets(static_cast<std::size_t>(count));
+        const int rows = whole(1, 16);
+        const std::ptrdiff_t step = count + whole(0, 20);
+        // Of what follows, pixels are fetched in advance.
+        const std::ptrdiff_t following = round % 2 == 0 ? 0 : whole(0, 2000);
+        std::vector<std::int32_t> offsets(static_cast<std::size_t>((rows - 1) * step + count + following));
         std::vector<std::uint16_t> fractions(offsets.size());
         for (std::size_t i = 0; i < offsets.size(); ++i) {
             const bool isNowhere = round % 3 == 0 && whole(0, 20) == 0;
@@ -213,19 +217,25 @@ TEST_P(RowVariants, sampleAlike) {
                           : static_cast<std::int32_t>(whole(0, height - 1) * pitch + whole(0, width - 1) * 4);
             fractions[i] = static_cast<std::uint16_t>(whole(0, 65535));
         }
-        CGuarded<std::uint8_t> expected(count * 4);
-        CGuarded<std::uint8_t> actual(count * 4, static_cast<std::size_t>(round % 64));
-        SampleRow row{pixels.data(), pitch,       offsets.data(), fractions.data(),
-                      count,         0x11223344U, expected.data()};
-        plain().sample(row);
-        row.target = actual.data();
-        // What is fetched in advance may be anywhere, and nowhere.
-        std::vector<std::int32_t> later = offsets;
-        std::ranges::shuffle(later, random);
-        row.later = round % 2 == 0 ? later.data() : nullptr;
-        variant().sample(row);
+        const int targetPitch = count * 4 + 4 * whole(0, 5);
+        const int targetBytes = (rows - 1) * targetPitch + count * 4;
+        CGuarded<std::uint8_t> expected(targetBytes);
+        CGuarded<std::uint8_t> actual(targetBytes, static_cast<std::size_t>(round % 64));
+        // The gaps between rows are nobody's.
+        std::fill_n(expected.data(), targetBytes, std::uint8_t{0xA5});
+        std::fill_n(actual.data(), targetBytes, std::uint8_t{0xA5});
+        SampleBlock block{pixels.data(), pitch,       offsets.data(),  fractions.data(), step,     count,
+                          rows,          0x11223344U, expected.data(), targetPitch,      following};
+        plain().sample(block);
+        block.target = actual.data();
+        variant().sample(block);
         ASSERT_TRUE(std::ranges::equal(expected.content(), actual.content())) << round;
         ASSERT_TRUE(actual.isGuardIntact());
+        for (int row = 0; row + 1 < rows; ++row) {
+            const auto gap = actual.content().subspan(static_cast<std::size_t>(row * targetPitch + count * 4),
+                                                      static_cast<std::size_t>(targetPitch - count * 4));
+            ASSERT_TRUE(std::ranges::all_of(gap, [](std::uint8_t byte) { return byte == 0xA5; })) << round;
+        }
     }
 }
 
