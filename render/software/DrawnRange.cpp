@@ -1,22 +1,14 @@
 #include "render/software/DrawnRange.h"
 
+#include "render/software/Knots.h"
 #include "render/software/TiledPicture.h"
 
 #include <algorithm>
 #include <cstring>
 #include <functional>
-#include <limits>
 
 namespace tarvo::render::software {
 namespace {
-
-/// Whether a row looks elsewhere than the one above it: one box around both would hold what neither looks at.
-/// `knot` is one of the lower row.
-bool isTorn(const float* knots, int knot, int columns) {
-    constexpr float most = tileWidth;
-    const float step = knots[knot] - knots[knot - columns];
-    return !(step > -most && step < most); // what is no number is torn
-}
 
 /// Where the grid of the first of several tables lies in the lookup surface, in texels from the first one's
 /// centre, and how far the next is. Both records of programs with tables begin alike.
@@ -85,22 +77,6 @@ void CDrawnRange::markEvaluated() noexcept {
     m_isEvaluated = true;
 }
 
-void CDrawnRange::Knots::reachNothing() {
-    for (Reach* const reach : {&reachX, &reachY}) {
-        std::fill_n(reach->least, Reach::count, std::numeric_limits<float>::infinity());
-        std::fill_n(reach->most, Reach::count, -std::numeric_limits<float>::infinity());
-    }
-}
-
-bool CDrawnRange::spreadPiece(Knots& knots, int knot, int count, const RowKernels& kernels, float* positionX,
-                              float* positionY) noexcept {
-    if (!kernels.spread(knots.x + knot, knots.y + knot, count, positionX, positionY))
-        return false;
-    kernels.widen(knots.x + knot, knots.reachX);
-    kernels.widen(knots.y + knot, knots.reachY);
-    return true;
-}
-
 void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
     Band& state = m_bands[static_cast<std::size_t>(band)];
     if (state != Band::unknown)
@@ -117,60 +93,43 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
     const bool hasKnots =
         m_positionKey.isProjection && m_raster.isRectangle() && firstRow < endRow &&
         m_raster.row(firstRow).front().right - m_raster.row(firstRow).front().left >= pieceLength;
-    Knots knots;
-    alignas(alignment) float positionX[pieceLength];
-    alignas(alignment) float positionY[pieceLength];
+    CKnots knots(m_positionKey, kernels, tiles);
     bool isStraight = true;
-    m_raster.forEachPiece(band, [&](const Span& span, int y, int x, int count) {
-        const int piece = (x - span.left) / pieceLength % Knots::mostPieces;
-        if (hasKnots && y == firstRow) {
-            if (piece == 0)
-                projectKnots(span, firstRow, endRow, x, kernels, knots);
-            knots.reachNothing();
+    m_raster.forEachBlock(band, [&](const Span& span, int y, int rows, int x, int count) {
+        alignas(alignment) float positionX[bandHeight * pieceLength];
+        alignas(alignment) float positionY[bandHeight * pieceLength];
+        const int piece = (x - span.left) / pieceLength % CKnots::mostPieces;
+        if (hasKnots && piece == 0)
+            knots.project(m_raster.values(span), firstRow, endRow, x, span.right);
+        const std::ptrdiff_t slot = m_raster.slotOf(span, y, x);
+        const std::ptrdiff_t step = rows > 1 ? m_raster.slotOf(span, y + 1, x) - slot : 0;
+        bool areAllSpread = hasKnots;
+        std::array<bool, bandHeight> areSpread{};
+        for (int row = 0; row < rows; ++row) {
+            float* const rowX = positionX + row * pieceLength;
+            float* const rowY = positionY + row * pieceLength;
+            const bool isSpread = hasKnots && knots.spread(piece, row, count, rowX, rowY);
+            if (!isSpread)
+                project(span, y + row, 1, x, count, kernels, rowX, rowY);
+            areSpread[static_cast<std::size_t>(row)] = isSpread;
+            areAllSpread = areAllSpread && isSpread;
         }
-        const int knot = (y - firstRow) * knots.columns + piece * Knots::perPiece;
-        const auto touchReach = [&] {
-            touchTiles(m_positionKey.window, knots.reachX, knots.reachY, count, m_positionKey.isBounded,
-                       tiles);
-        };
-        if (hasKnots && y != firstRow &&
-            (isTorn(knots.x, knot + 1, knots.columns) || isTorn(knots.y, knot + 1, knots.columns))) {
-            touchReach();
-            knots.reachNothing();
+        if (hasKnots)
+            knots.touch(count);
+        if (areAllSpread && count == pieceLength) {
+            // Positions and slots of all rows follow each other.
+            pack(slot, rows * pieceLength, kernels, positionX, positionY, {});
+        } else {
+            for (int row = 0; row < rows; ++row) {
+                const bool isSpread = areSpread[static_cast<std::size_t>(row)];
+                pack(slot + row * step, count, kernels, positionX + row * pieceLength,
+                     positionY + row * pieceLength, isSpread ? std::span<std::uint64_t>() : tiles);
+            }
         }
-        const bool isSpread = hasKnots && spreadPiece(knots, knot, count, kernels, positionX, positionY);
-        if (!isSpread)
-            project(span, y, 1, x, count, kernels, positionX, positionY);
-        isStraight = packPiece(span, y, x, count, kernels, positionX, positionY,
-                               isSpread ? std::span<std::uint64_t>() : tiles) &&
-                     isStraight;
-        if (hasKnots && y + 1 == endRow)
-            touchReach();
+        for (int row = 0; row < rows && isStraight; ++row)
+            isStraight = isStraightPiece(slot + row * step, count);
     });
     state = isStraight ? Band::straight : Band::anyhow;
-}
-
-void CDrawnRange::projectKnots(const Span& span, int firstRow, int endRow, int x, const RowKernels& kernels,
-                               Knots& knots) const noexcept {
-    const SampledWindow& window = m_positionKey.window;
-    const VertexValues& values = m_raster.values(span);
-    alignas(alignment) float u[bandHeight * Knots::mostColumns];
-    alignas(alignment) float v[bandHeight * Knots::mostColumns];
-    const int pieces = std::min((span.right - x + pieceLength - 1) / pieceLength, Knots::mostPieces);
-    knots.columns = (pieces - 1) * Knots::perPiece + knotCount;
-    // The centres of every knotDistance-th pixel, counted from the knot before the first piece.
-    const auto atKnots = [x](const LinearRow& row) -> LinearRow {
-        const double step = row.perColumn * knotDistance;
-        return {row.atLeftEdge + row.perColumn * (x - knotDistance + 0.5) - 0.5 * step, step};
-    };
-    for (int y = firstRow; y < endRow; ++y) {
-        const int row = (y - firstRow) * knots.columns;
-        kernels.interpolate(atKnots(alongRow(values.u, y)), 0, knots.columns, u + row);
-        kernels.interpolate(atKnots(alongRow(values.v, y)), 0, knots.columns, v + row);
-    }
-    m_positionKey.kernel(
-        m_positionKey.record.bytes.data(), {u, v, (endRow - firstRow) * knots.columns},
-        {knots.x, knots.y, static_cast<float>(window.width), static_cast<float>(window.height)});
 }
 
 void CDrawnRange::project(const Span& span, int y, int rows, int x, int count, const RowKernels& kernels,
@@ -188,18 +147,15 @@ void CDrawnRange::project(const Span& span, int y, int rows, int x, int count, c
         {positionX, positionY, static_cast<float>(window.width), static_cast<float>(window.height)});
 }
 
-bool CDrawnRange::packPiece(const Span& span, int y, int x, int count, const RowKernels& kernels,
-                            const float* positionX, const float* positionY,
-                            std::span<std::uint64_t> tiles) noexcept {
+void CDrawnRange::pack(std::ptrdiff_t slot, int count, const RowKernels& kernels, const float* positionX,
+                       const float* positionY, std::span<std::uint64_t> tiles) noexcept {
     const SampledWindow& window = m_positionKey.window;
     GroupBox boxes[pieceLength / groupLength];
-    const std::ptrdiff_t slot = m_raster.slotOf(span, y, x);
     kernels.pack({positionX, positionY, count, window.width, window.height, m_positionKey.isBounded,
                   static_cast<std::int32_t>(window.pitch), elementsOf<std::int32_t>(m_offsets) + slot,
                   elementsOf<std::uint16_t>(m_fractions) + slot, tiles.empty() ? nullptr : boxes});
     if (!tiles.empty())
         touchTiles(window, boxes, offsets() + slot, count, tiles);
-    return isStraightPiece(slot, count);
 }
 
 void CDrawnRange::evaluateLayers(int band, const RowKernels& kernels,

@@ -80,30 +80,10 @@ private:
     enum class Band : std::uint8_t { unknown, straight, anyhow };
 
     void forgetPositions(const PositionKey& positions, int targetHeight, const MemorySource& memory);
-    /// Whether the piece is straight. No tiles: those are touched otherwise.
-    bool packPiece(const Span& span, int y, int x, int count, const RowKernels& kernels,
-                   const float* positionX, const float* positionY, std::span<std::uint64_t> tiles) noexcept;
-    /// The positions at the knots of the rows that a band has of some neighbouring pieces of a rectangle.
-    struct Knots {
-        static constexpr int mostPieces = 8;
-        static constexpr int perPiece = pieceLength / knotDistance;
-        static constexpr int mostColumns = (mostPieces - 1) * perPiece + knotCount;
-
-        int columns = 0;
-        alignas(alignment) float x[bandHeight * mostColumns];
-        alignas(alignment) float y[bandHeight * mostColumns];
-        // What they reach of the piece that is worked on.
-        Reach reachX;
-        Reach reachY;
-
-        void reachNothing();
-    };
-    void projectKnots(const Span& span, int firstRow, int endRow, int x, const RowKernels& kernels,
-                      Knots& knots) const noexcept;
-    /// The positions of a piece from its knots, of which its row's first is number `knot`; false where they
-    /// do not run smoothly.
-    static bool spreadPiece(Knots& knots, int knot, int count, const RowKernels& kernels, float* positionX,
-                            float* positionY) noexcept;
+    /// Positions of slots that follow each other. No tiles: those are touched otherwise; else up to
+    /// pieceLength of them.
+    void pack(std::ptrdiff_t slot, int count, const RowKernels& kernels, const float* positionX,
+              const float* positionY, std::span<std::uint64_t> tiles) noexcept;
     /// As many rows may be projected at once.
     static constexpr int rowsAtOnce = 4;
     /// The positions of a piece, and of those below it in the next rows, one after the other.
