@@ -36,10 +36,10 @@ struct YuvFactors {
     static constexpr std::int16_t blue = 887;
 };
 
-/// A stretch of one or two rows of a YV12 picture of even width and height, from an even column on. Of the
-/// two chroma rows that a luma row lies between, the nearer has three quarters of the weight; the next row
-/// lies between the same two, nearer to the other. The chroma pointers point at the sample that belongs to
-/// the first column; one sample before it and one behind the last are read as well.
+/// A stretch of one row of a YV12 picture of even width and height, or of pairs of rows, from an even column
+/// on. Of the two chroma rows that a luma row lies between, the nearer has three quarters of the weight; the
+/// next row lies between the same two, nearer to the other. The chroma pointers point at the sample that
+/// belongs to the first column; one sample before it and one behind the last are read as well.
 struct Yv12Stretch {
     const std::uint8_t* luma;
     const std::uint8_t* nearCr;
@@ -50,6 +50,23 @@ struct Yv12Stretch {
     const std::uint8_t* nextLuma; ///< null if there is one row only
     std::uint8_t* nextTarget;
     int columns; ///< even
+    int pairs = 1;
+    // Bytes from a pair to the next.
+    std::ptrdiff_t lumaStep = 0;
+    std::ptrdiff_t crStep = 0;
+    std::ptrdiff_t cbStep = 0;
+    std::ptrdiff_t targetStep = 0;
+
+    void moveToNextPair() {
+        luma += lumaStep;
+        nextLuma += lumaStep;
+        nearCr += crStep;
+        farCr += crStep;
+        nearCb += cbStep;
+        farCb += cbStep;
+        target += targetStep;
+        nextTarget += targetStep;
+    }
 };
 
 /// The vectorised inner loops of one instruction set. Each does as much of its work as fills its vectors,

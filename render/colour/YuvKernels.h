@@ -75,11 +75,16 @@ void convertBlock(const Yv12Stretch& stretch, int x) {
 
 template<typename Set>
 [[gnu::flatten]] int yv12ToBgra(const Yv12Stretch& wanted) {
-    const Yv12Stretch stretch = wanted; // a copy, as nobody else's stores can change it
+    Yv12Stretch stretch = wanted; // a copy, as nobody else's stores can change it
     constexpr int block = Set::chromaParts * 8 * Set::lanes;
-    if (stretch.nextLuma != nullptr)
-        return inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, true>(stretch, x); });
-    return inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, false>(stretch, x); });
+    if (stretch.nextLuma == nullptr)
+        return inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, false>(stretch, x); });
+    int done = 0;
+    for (int pair = 0; pair < wanted.pairs; ++pair) {
+        done = inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, true>(stretch, x); });
+        stretch.moveToNextPair();
+    }
+    return done;
 }
 
 template<typename Set>

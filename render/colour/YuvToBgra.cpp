@@ -109,14 +109,14 @@ void convertPixel(int luma, int a, int b, std::uint8_t* target) {
     target[3] = 255;
 }
 
-/// One row of a YV12 picture of even width and height, or two that lie between the same rows of chroma. There
-/// the weights of samples are quarters. Small areas consist of many short rows, so nothing is worked out that
-/// can be told.
+/// One row of a YV12 picture of even width and height, or pairs that lie between the same rows of chroma.
+/// There the weights of samples are quarters. Small areas consist of many short rows, so nothing is worked
+/// out that can be told.
 class CEvenRows {
 public:
-    /// Row y, and the next one too if it lies between the same rows of chroma and before `bottom`.
+    /// Row y or, if it is the first of a pair, all pairs before `bottom`.
     CEvenRows(const Yv12Source& source, const BgraTarget& target, int y, int bottom)
-        : m_width(source.width), m_rows(y % 2 != 0 && y + 1 < bottom ? 2 : 1) {
+        : m_width(source.width), m_pairs(y % 2 != 0 ? (bottom - y) / 2 : 0) {
         const int upper = y == 0 ? 0 : (y - 1) / 2;
         const int lower = y == 0 ? 0 : std::min(upper + 1, source.height / 2 - 1);
         // An odd row is the upper one of the two that lie between the same rows of chroma.
@@ -134,13 +134,18 @@ public:
                    nullptr,
                    nullptr,
                    source.width};
-        if (m_rows == 2) {
+        if (m_pairs != 0) {
             m_whole.nextLuma = m_whole.luma + source.steps[0];
             m_whole.nextTarget = m_whole.target + target.step;
+            m_whole.pairs = m_pairs;
+            m_whole.lumaStep = 2 * source.steps[0];
+            m_whole.crStep = source.steps[1];
+            m_whole.cbStep = source.steps[2];
+            m_whole.targetStep = 2 * target.step;
         }
     }
 
-    int count() const { return m_rows; }
+    int count() const { return std::max(1, 2 * m_pairs); }
 
     void convert(int left, int right, const ColourKernels& kernels) const {
         // What has neighbours on either side, from an even column on.
@@ -159,7 +164,7 @@ private:
         for (const std::uint8_t** row : {&part.nearCr, &part.farCr, &part.nearCb, &part.farCb})
             *row += first / 2;
         part.target += static_cast<std::ptrdiff_t>(first) * 4;
-        if (m_rows == 2) {
+        if (m_pairs != 0) {
             part.nextLuma += first;
             part.nextTarget += static_cast<std::ptrdiff_t>(first) * 4;
         }
@@ -168,19 +173,30 @@ private:
     }
 
     void convertPlainly(int left, int right) const {
+        if (left >= right)
+            return;
+        Yv12Stretch rows = m_whole;
+        convertPlainly(rows, left, right);
+        for (int pair = 1; pair < m_pairs; ++pair) {
+            rows.moveToNextPair();
+            convertPlainly(rows, left, right);
+        }
+    }
+
+    void convertPlainly(const Yv12Stretch& rows, int left, int right) const {
         for (int x = left; x < right; ++x) {
             const int own = x / 2;
             const int neighbour = std::clamp(x % 2 != 0 ? own + 1 : own - 1, 0, m_width / 2 - 1);
             const auto across = [&](const std::uint8_t* row) { return 3 * row[own] + row[neighbour]; };
-            const int nearCr = across(m_whole.nearCr);
-            const int farCr = across(m_whole.farCr);
-            const int nearCb = across(m_whole.nearCb);
-            const int farCb = across(m_whole.farCb);
+            const int nearCr = across(rows.nearCr);
+            const int farCr = across(rows.farCr);
+            const int nearCb = across(rows.nearCb);
+            const int farCb = across(rows.farCb);
             const std::ptrdiff_t place = static_cast<std::ptrdiff_t>(x) * 4;
-            convertPixel(m_whole.luma[x], mixed(nearCr, farCr), mixed(nearCb, farCb), m_whole.target + place);
-            if (m_rows == 2)
-                convertPixel(m_whole.nextLuma[x], mixed(farCr, nearCr), mixed(farCb, nearCb),
-                             m_whole.nextTarget + place);
+            convertPixel(rows.luma[x], mixed(nearCr, farCr), mixed(nearCb, farCb), rows.target + place);
+            if (m_pairs != 0)
+                convertPixel(rows.nextLuma[x], mixed(farCr, nearCr), mixed(farCb, nearCb),
+                             rows.nextTarget + place);
         }
     }
 
@@ -188,7 +204,7 @@ private:
     static int mixed(int nearRow, int farRow) { return 3 * nearRow + farRow - 2040; }
 
     int m_width;
-    int m_rows;
+    int m_pairs; ///< 0: one row
     Yv12Stretch m_whole;
 };
 

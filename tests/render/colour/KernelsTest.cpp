@@ -92,7 +92,7 @@ TEST(ColourKernels, eachLevelHasItsOwnAndThoseBefore) {
     }
 }
 
-TEST_P(Kernels, areCalledForEachRowOrTwo) {
+TEST_P(Kernels, areCalledForRowsThatBelongTogether) {
     const ColourKernels& kernels = counted(variant());
     const CPlane picture({256, 10});
     const CPlane planes({64, 10});
@@ -102,10 +102,13 @@ TEST_P(Kernels, areCalledForEachRowOrTwo) {
     EXPECT_EQ(calls, (std::array<int, 5>{5, 0, 0, 0, 0}));
     convertYv12ToBgra({64, 10, {planes.first(), half.first(), half.row(5)}, {64, 32, 32}},
                       {picture.first(), 256}, {0, 2, 64, 9}, kernels);
-    // Row 2, then 3 and 4, 5 and 6, 7 and 8, which lie between the same rows of chroma.
-    EXPECT_EQ(calls, (std::array<int, 5>{5, 0, 0, 4, 0}));
+    // Row 2, then 3 to 8, of which each two lie between the same rows of chroma.
+    EXPECT_EQ(calls, (std::array<int, 5>{5, 0, 0, 2, 0}));
+    convertYv12ToBgra({64, 10, {planes.first(), half.first(), half.row(5)}, {64, 32, 32}},
+                      {picture.first(), 256}, {0, 0, 64, 10}, kernels);
+    EXPECT_EQ(calls, (std::array<int, 5>{5, 0, 0, 5, 0})); // 0, 1 to 8, 9
     convertYuy2ToBgra({64, 5, planes.first(), 640}, {picture.first(), 256}, {0, 1, 64, 4}, kernels);
-    EXPECT_EQ(calls, (std::array<int, 5>{5, 0, 0, 4, 3}));
+    EXPECT_EQ(calls, (std::array<int, 5>{5, 0, 0, 5, 3}));
 }
 
 TEST_P(MirrorKernels, areCalledForEachRow) {
@@ -219,6 +222,37 @@ TEST_P(Kernels, yv12ToBgraMixesTheNextRowTheOtherWayRound) {
         ASSERT_EQ((Pixel{first[0], first[1], first[2], first[3]}), (Pixel{101, 126, 49, 255}));
         ASSERT_EQ((Pixel{next[0], next[1], next[2], next[3]}), (Pixel{101, 56, 186, 255}));
     }
+}
+
+TEST_P(Kernels, yv12ToBgraMovesFromPairToPair) {
+    // Three pairs between four rows of chroma, of which Cr grows by 16 from row to row: near and far are
+    // 128 + 16k and 144 + 16k, mixed 132 + 16k and 140 + 16k, less 127.5 and times 1.370705 of red.
+    constexpr int columns = 66;
+    constexpr int pairs = 3;
+    const CPlane luma({columns, 2 * pairs});
+    std::fill(luma.content().begin(), luma.content().end(), std::uint8_t{100});
+    const CPlane cr({columns / 2 + 2, pairs + 1});
+    for (int row = 0; row <= pairs; ++row)
+        std::fill_n(cr.row(row), columns / 2 + 2, static_cast<std::uint8_t>(128 + 16 * row));
+    const CPlane cb({columns / 2 + 2, 2 * pairs + 2}); // with gaps
+    std::fill(cb.content().begin(), cb.content().end(), std::uint8_t{128});
+    const CPlane target({columns * 4, 2 * pairs}, guard);
+    Yv12Stretch stretch{luma.row(0),   cr.row(0) + 1, cr.row(1) + 1, cb.row(0) + 1, cb.row(2) + 1,
+                        target.row(0), luma.row(1),   target.row(1), columns};
+    stretch.pairs = pairs;
+    stretch.lumaStep = luma.row(2) - luma.row(0);
+    stretch.crStep = cr.row(1) - cr.row(0);
+    stretch.cbStep = cb.row(2) - cb.row(0);
+    stretch.targetStep = target.row(2) - target.row(0);
+    EXPECT_EQ(variant().yv12ToBgra(stretch), columns);
+    for (int y = 0; y < 2 * pairs; ++y) {
+        const double red = 100.0 + 1.370705 * (4.5 + 8.0 * (y % 2) + 16.0 * (y / 2));
+        for (int x = 0; x < columns; ++x)
+            ASSERT_NEAR(target.row(y)[x * 4 + 2], red, 0.51) << x << ", " << y;
+    }
+    const auto content = target.content();
+    EXPECT_EQ(std::count(content.begin(), content.begin() + guard, 0xA5), guard);
+    EXPECT_EQ(std::count(content.end() - guard, content.end(), 0xA5), guard);
 }
 
 TEST_P(Kernels, yuy2ToBgraDoesItsPixelsItself) {
