@@ -118,12 +118,12 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
             knots.touch(count);
         if (areAllSpread && count == pieceLength) {
             // Positions and slots of all rows follow each other.
-            pack(slot, rows * pieceLength, kernels, positionX, positionY, {});
+            pack(slot, rows * pieceLength, kernels, positionX, positionY, {}, knots.isInside());
         } else {
             for (int row = 0; row < rows; ++row) {
                 const bool isSpread = areSpread[static_cast<std::size_t>(row)];
                 pack(slot + row * step, count, kernels, positionX + row * pieceLength,
-                     positionY + row * pieceLength, isSpread ? std::span<std::uint64_t>() : tiles);
+                     positionY + row * pieceLength, isSpread ? std::span<std::uint64_t>() : tiles, false);
             }
         }
         for (int row = 0; row < rows && isStraight; ++row)
@@ -148,12 +148,12 @@ void CDrawnRange::project(const Span& span, int y, int rows, int x, int count, c
 }
 
 void CDrawnRange::pack(std::ptrdiff_t slot, int count, const RowKernels& kernels, const float* positionX,
-                       const float* positionY, std::span<std::uint64_t> tiles) noexcept {
+                       const float* positionY, std::span<std::uint64_t> tiles, bool areInside) noexcept {
     const SampledWindow& window = m_positionKey.window;
     GroupBox boxes[pieceLength / groupLength];
     kernels.pack({positionX, positionY, count, window.width, window.height, m_positionKey.isBounded,
                   static_cast<std::int32_t>(window.pitch), elementsOf<std::int32_t>(m_offsets) + slot,
-                  elementsOf<std::uint16_t>(m_fractions) + slot, tiles.empty() ? nullptr : boxes});
+                  elementsOf<std::uint16_t>(m_fractions) + slot, tiles.empty() ? nullptr : boxes, areInside});
     if (!tiles.empty())
         touchTiles(window, boxes, offsets() + slot, count, tiles);
 }

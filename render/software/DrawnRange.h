@@ -81,9 +81,9 @@ private:
 
     void forgetPositions(const PositionKey& positions, int targetHeight, const MemorySource& memory);
     /// Positions of slots that follow each other. No tiles: those are touched otherwise; else up to
-    /// pieceLength of them.
+    /// pieceLength of them. `areInside` as in PackRow.
     void pack(std::ptrdiff_t slot, int count, const RowKernels& kernels, const float* positionX,
-              const float* positionY, std::span<std::uint64_t> tiles) noexcept;
+              const float* positionY, std::span<std::uint64_t> tiles, bool areInside) noexcept;
     /// As many rows may be projected at once.
     static constexpr int rowsAtOnce = 4;
     /// The positions of a piece, and of those below it in the next rows, one after the other.

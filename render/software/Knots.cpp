@@ -6,6 +6,17 @@
 #include <limits>
 
 namespace tarvo::render::software {
+namespace {
+
+/// Far enough from the edges for what the reach is uncertain by.
+bool isWithin(const Reach& reach, int size) {
+    constexpr float margin = 2.0F;
+    const float least = *std::min_element(reach.least, reach.least + Reach::count);
+    const float most = *std::max_element(reach.most, reach.most + Reach::count);
+    return least >= margin && most <= static_cast<float>(size) - margin;
+}
+
+} // namespace
 
 void CKnots::project(const VertexValues& values, int firstRow, int endRow, int x, int right) noexcept {
     const SampledWindow& window = m_positions.window;
@@ -31,6 +42,7 @@ bool CKnots::spread(int piece, int row, int count, float* x, float* y) noexcept 
     const int knot = row * m_columns + piece * perPiece;
     if (row == 0) {
         reachNothing();
+        m_isInside = true;
     } else if (isTorn(m_x, knot + 1) || isTorn(m_y, knot + 1)) {
         touch(count);
         reachNothing();
@@ -43,7 +55,9 @@ bool CKnots::spread(int piece, int row, int count, float* x, float* y) noexcept 
 }
 
 void CKnots::touch(int count) noexcept {
-    touchTiles(m_positions.window, m_reachX, m_reachY, count, m_positions.isBounded, m_tiles);
+    const SampledWindow& window = m_positions.window;
+    touchTiles(window, m_reachX, m_reachY, count, m_positions.isBounded, m_tiles);
+    m_isInside = m_isInside && isWithin(m_reachX, window.width) && isWithin(m_reachY, window.height);
 }
 
 bool CKnots::isTorn(const float* knots, int knot) const {

@@ -28,6 +28,8 @@ public:
     bool spread(int piece, int row, int count, float* x, float* y) noexcept;
     /// Sets the tiles of the piece whose rows were spread last.
     void touch(int count) noexcept;
+    /// Whether all that the piece looks at and that was touched lies well inside the picture.
+    bool isInside() const { return m_isInside; }
 
 private:
     static constexpr int perPiece = pieceLength / knotDistance;
@@ -47,6 +49,7 @@ private:
     // What they reach of the piece that is worked on.
     Reach m_reachX;
     Reach m_reachY;
+    bool m_isInside = false;
 };
 
 } // namespace tarvo::render::software

@@ -137,16 +137,19 @@ void mixLayers(const MixRow& row) {
     mixLayersPlainly(row, i, row.count);
 }
 
+/// Kept between the outermost centres, from the first one on.
+[[gnu::always_inline]] inline __m512 fromFirstCentre(__m512 positions, __m512 last, bool isInside) {
+    const __m512 from = _mm512_sub_ps(positions, _mm512_set1_ps(0.5F));
+    // What is no number becomes the second.
+    return isInside ? from : _mm512_min_ps(_mm512_max_ps(from, _mm512_setzero_ps()), last);
+}
+
 /// The columns or lines of one direction, and the shares of the next in 255ths.
 struct Direction {
     __m512i whole;
     __m512i share;
 
-    Direction(__m512 positions, __m512 last) {
-        const __m512 from = _mm512_sub_ps(positions, _mm512_set1_ps(0.5F));
-        // What is no number becomes the second.
-        const __m512 notBefore = _mm512_max_ps(from, _mm512_setzero_ps());
-        const __m512 inside = _mm512_min_ps(notBefore, last);
+    [[gnu::always_inline]] explicit Direction(__m512 inside) {
         whole = _mm512_cvttps_epi32(inside);
         const __m512 rest = _mm512_sub_ps(inside, _mm512_cvtepi32_ps(whole));
         share = _mm512_cvttps_epi32(
@@ -170,15 +173,19 @@ public:
           m_lastY(_mm512_set1_ps(static_cast<float>(row.height - 1))), m_pitch(_mm512_set1_epi32(row.pitch)) {
     }
 
-    [[gnu::always_inline]] Sixteen operator()(int i) const {
+    template<bool isInside>
+    [[gnu::always_inline]] Sixteen pack(int i) const {
         const __m512 x = _mm512_loadu_ps(m_x + i);
         const __m512 y = _mm512_loadu_ps(m_y + i);
-        __mmask16 isSomewhere = _mm512_cmp_ps_mask(x, m_low, _CMP_GE_OQ);
-        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, m_low, _CMP_GE_OQ);
-        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, x, m_highX, _CMP_LE_OQ);
-        isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, m_highY, _CMP_LE_OQ);
-        const Direction across(x, m_lastX);
-        const Direction down(y, m_lastY);
+        __mmask16 isSomewhere = 0xFFFF;
+        if (!isInside) {
+            isSomewhere = _mm512_cmp_ps_mask(x, m_low, _CMP_GE_OQ);
+            isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, m_low, _CMP_GE_OQ);
+            isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, x, m_highX, _CMP_LE_OQ);
+            isSomewhere = _mm512_mask_cmp_ps_mask(isSomewhere, y, m_highY, _CMP_LE_OQ);
+        }
+        const Direction across(fromFirstCentre(x, m_lastX, isInside));
+        const Direction down(fromFirstCentre(y, m_lastY, isInside));
         const __m512i offsets =
             _mm512_add_epi32(_mm512_mullo_epi32(down.whole, m_pitch), _mm512_slli_epi32(across.whole, 2));
         _mm512_storeu_si512(m_offsets + i,
@@ -214,15 +221,24 @@ GroupBox boxOf(const Sixteen& a, const Sixteen& b) {
     return boxFrom(halved(least), halved(most));
 }
 
-void pack(const PackRow& row) {
-    const CPacker packed(row, Bounds(row));
-    const int whole = row.count / groupLength * groupLength;
+template<bool isInside>
+void packGroups(const PackRow& row, int end) {
+    const CPacker packer(row, Bounds(row));
     GroupBox* const boxes = row.boxes;
-    for (int i = 0; i < whole; i += groupLength) {
-        const Sixteen a = packed(i);
-        const Sixteen b = packed(i + groupLength / 2);
+    for (int i = 0; i < end; i += groupLength) {
+        const Sixteen a = packer.pack<isInside>(i);
+        const Sixteen b = packer.pack<isInside>(i + groupLength / 2);
         if (boxes != nullptr)
             boxes[i / groupLength] = boxOf(a, b);
+    }
+}
+
+void pack(const PackRow& row) {
+    const int whole = row.count / groupLength * groupLength;
+    if (row.isInside) {
+        packGroups<true>(row, whole);
+    } else {
+        packGroups<false>(row, whole);
     }
     if (whole < row.count)
         packGroup(row, whole, row.count);

@@ -86,6 +86,8 @@ struct PackRow {
     std::int32_t* offsets;    ///< bytes to the upper left of the four pixels around; −1: nothing
     std::uint16_t* fractions; ///< 1/255 to the right in the low byte, 1/255 downward in the high byte
     GroupBox* boxes;          ///< of every group; null: nobody asks
+    /// All lie at least half a pixel inside the outermost centres: nothing needs to be looked after.
+    bool isInside = false;
 };
 using PackKernel = void (*)(const PackRow& row);
 
