@@ -88,11 +88,17 @@ void CThreadPool::Job::process(int first) noexcept {
 }
 
 void CThreadPool::runJob(Job& job, int count) noexcept {
-    if (count <= 1 || m_threadCount == 1) {
+    const int callers = m_callers.fetch_add(1, std::memory_order_relaxed) + 1;
+    if (count <= 1 || callers >= m_threadCount) {
         job.divide(count, 1);
         job.process(0);
-        return;
+    } else {
+        share(job, count);
     }
+    m_callers.fetch_sub(1, std::memory_order_relaxed);
+}
+
+void CThreadPool::share(Job& job, int count) noexcept {
     job.divide(count, m_threadCount);
     {
         const std::lock_guard guard(m_lock);

@@ -41,7 +41,8 @@ public:
     /// all have returned. What they wrote is visible afterwards. Allocates nothing once the threads run.
     ///
     /// Each thread begins with a stretch of neighbours of its own, which may look at the same memory, and
-    /// takes over from others only when that is done.
+    /// takes over from others only when that is done. While as many callers are at work as the pool counts
+    /// threads, each does its own work alone: there is no processor left that could help.
     template<typename Task>
     void run(int count, Task&& task) {
         using Plain = std::remove_reference_t<Task>;
@@ -76,6 +77,7 @@ private:
 
     static std::thread startThread(std::function<void()> work) { return std::thread(std::move(work)); }
     void runJob(Job& job, int count) noexcept;
+    void share(Job& job, int count) noexcept;
     void help() noexcept;
     Job* openJob() const;
     void startThreads() noexcept;
@@ -83,6 +85,7 @@ private:
     void remove(const Job& job);
 
     const int m_threadCount;
+    std::atomic<int> m_callers{0}; ///< threads in run()
     std::mutex m_lock;
     std::condition_variable m_workCame;
     std::condition_variable m_helperLeft;

@@ -47,6 +47,38 @@ TEST(ThreadPool, WorkFromWithinWorkEnds) {
     EXPECT_EQ(calls.load(), 64);
 }
 
+TEST(ThreadPool, LeavesCallersAloneWhileThereAreAsManyAsThreads) {
+    using namespace std::chrono_literals;
+    CThreadPool pool(2);
+    std::atomic<bool> isBusy{false};
+    std::atomic<bool> isEnough{false};
+    std::thread other([&] {
+        pool.run(1, [&](int) noexcept {
+            isBusy = true;
+            while (!isEnough)
+                std::this_thread::sleep_for(1ms);
+        });
+    });
+    while (!isBusy)
+        std::this_thread::sleep_for(1ms);
+    // Long enough for a helper to come, if one was called.
+    std::atomic<int> elsewhere{0};
+    const auto self = std::this_thread::get_id();
+    pool.run(20, [&](int) noexcept {
+        elsewhere += std::this_thread::get_id() != self ? 1 : 0;
+        std::this_thread::sleep_for(2ms);
+    });
+    isEnough = true;
+    other.join();
+    EXPECT_EQ(elsewhere.load(), 0);
+    // With the other gone, there is help again.
+    pool.run(20, [&](int) noexcept {
+        elsewhere += std::this_thread::get_id() != self ? 1 : 0;
+        std::this_thread::sleep_for(2ms);
+    });
+    EXPECT_GT(elsewhere.load(), 0);
+}
+
 TEST(ThreadPool, ServesManyCallersAtOnce) {
     CThreadPool pool(3);
     constexpr int rounds = 200;
