@@ -25,10 +25,9 @@ const std::uint8_t* windowPixels(const QueuedDraw& draw) {
 }
 
 /// One block of one pass.
-class CBlock {
+class CDrawnBlock {
 public:
-    CBlock(const QueuedDraw& draw, const Span& span, int y, int rows, int x, int count)
-        : m_draw(draw), m_span(span), m_y(y), m_rows(rows), m_x(x), m_count(count) {}
+    CDrawnBlock(const QueuedDraw& draw, const Block& block) : m_draw(draw), m_block(block) {}
 
     void drawTo(std::uint8_t* target, std::ptrdiff_t pitch, const RowKernels& kernels) const noexcept {
         if (!m_draw.isBlended) {
@@ -38,22 +37,23 @@ public:
         forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
             if (m_draw.program == ShaderProgram::overviewRegion) {
                 float alpha[pieceLength];
-                kernels.interpolate(alongRow(values().colour, y), m_x, m_count, alpha);
-                blendOverviewRegion(alpha, m_count, row);
+                kernels.interpolate(alongRow(values().colour, y), m_block.left, m_block.columns, alpha);
+                blendOverviewRegion(alpha, m_block.columns, row);
             } else {
                 alignas(alignment) std::uint8_t pixels[pieceLength * 4];
-                CBlock(m_draw, m_span, y, 1, m_x, m_count).compute(pixels, 0, kernels);
-                blend(pixels, m_count, row);
+                CDrawnBlock(m_draw, {m_block.span, y, 1, m_block.left, m_block.columns})
+                    .compute(pixels, 0, kernels);
+                blend(pixels, m_block.columns, row);
             }
         });
     }
 
 private:
-    const VertexValues& values() const { return m_draw.range->raster().values(m_span); }
+    const VertexValues& values() const { return m_draw.range->raster().values(m_block.span); }
     template<typename Visit>
     void forEachRow(std::uint8_t* target, std::ptrdiff_t pitch, Visit visit) const {
-        for (int row = 0; row < m_rows; ++row)
-            visit(m_y + row, target + row * pitch);
+        for (int row = 0; row < m_block.rows; ++row)
+            visit(m_block.top + row, target + row * pitch);
     }
 
     void compute(std::uint8_t* target, std::ptrdiff_t pitch, const RowKernels& kernels) const noexcept {
@@ -61,15 +61,15 @@ private:
         case ShaderProgram::overviewRegion:
             forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
                 float alpha[pieceLength];
-                kernels.interpolate(alongRow(values().colour, y), m_x, m_count, alpha);
-                overviewRegion(alpha, m_count, row);
+                kernels.interpolate(alongRow(values().colour, y), m_block.left, m_block.columns, alpha);
+                overviewRegion(alpha, m_block.columns, row);
             });
             break;
         case ShaderProgram::yuy2ToRgb:
             forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
                 const RawRows& packed = *m_draw.planes[0];
-                yuy2Row({m_draw.inputWidth, m_draw.inputHeight, packed.data(), packed.rowBytes}, m_x, y,
-                        m_count, row);
+                yuy2Row({m_draw.inputWidth, m_draw.inputHeight, packed.data(), packed.rowBytes}, m_block.left,
+                        y, m_block.columns, row);
             });
             break;
         case ShaderProgram::yv12ToRgb:
@@ -84,49 +84,45 @@ private:
     void convertYv12(int y, std::uint8_t* target, const RowKernels& kernels) const noexcept {
         float u[pieceLength];
         float v[pieceLength];
-        kernels.interpolate(alongRow(values().u, y), m_x, m_count, u);
-        kernels.interpolate(alongRow(values().v, y), m_x, m_count, v);
+        kernels.interpolate(alongRow(values().u, y), m_block.left, m_block.columns, u);
+        kernels.interpolate(alongRow(values().v, y), m_block.left, m_block.columns, v);
         const auto& planes = m_draw.planes;
         yv12Row({m_draw.inputWidth,
                  m_draw.inputHeight,
                  {planes[0]->data(), planes[1]->data(), planes[2]->data()},
                  {planes[0]->step(), planes[1]->step(), planes[2]->step()}},
-                {u, v, m_count}, target);
+                {u, v, m_block.columns}, target);
     }
 
     void samplePositions(std::uint8_t* target, std::ptrdiff_t pitch,
                          const RowKernels& kernels) const noexcept {
         const CDrawnRange& range = *m_draw.range;
         const CRaster& raster = range.raster();
-        const int band = m_y / bandHeight;
+        const int band = m_block.top / bandHeight;
         const std::uint8_t* const pixels = windowPixels(m_draw);
-        const std::ptrdiff_t slot = raster.slotOf(m_span, m_y, m_x);
-        const std::ptrdiff_t step = m_rows > 1 ? raster.slotOf(m_span, m_y + 1, m_x) - slot : 0;
-        const std::ptrdiff_t end = raster.endSlot(band);
+        const std::ptrdiff_t slot = raster.slotOf(m_block);
+        const std::ptrdiff_t step = raster.slotStep(m_block);
+        const auto slotOfRow = [&](int y) { return slot + (y - m_block.top) * step; };
+        const auto following = [&](int y) { return raster.endSlot(band) - slotOfRow(y) - m_block.columns; };
         if (range.isStraight(band)) {
             forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
-                std::memcpy(row, pixels + range.offsets()[slot + (y - m_y) * step],
-                            static_cast<std::size_t>(m_count) * 4);
+                std::memcpy(row, pixels + range.offsets()[slotOfRow(y)],
+                            static_cast<std::size_t>(m_block.columns) * 4);
             });
         } else if (m_draw.tables.isThere()) {
             forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
-                const std::ptrdiff_t first = slot + (y - m_y) * step;
-                drawLayers(range.layers(), first, m_count, pixels, m_draw.window.pitch, end - first - m_count,
-                           kernels, row);
+                drawLayers(range.layers(), slotOfRow(y), m_block.columns, pixels, m_draw.window.pitch,
+                           following(y), kernels, row);
             });
         } else {
             kernels.sample({pixels, m_draw.window.pitch, range.offsets() + slot, range.fractions() + slot,
-                            step, m_count, m_rows, bytesOf(m_draw.outside), target, pitch,
-                            end - slot - (m_rows - 1) * step - m_count});
+                            step, m_block.columns, m_block.rows, bytesOf(m_draw.outside), target, pitch,
+                            following(m_block.top + m_block.rows - 1)});
         }
     }
 
     const QueuedDraw& m_draw;
-    const Span& m_span;
-    int m_y;
-    int m_rows;
-    int m_x;
-    int m_count;
+    const Block m_block;
 };
 
 /// The part of a row that an opaque rectangle covers; empty for anything else.
@@ -196,8 +192,8 @@ std::uint64_t CDrawQueue::executeBand(const TargetView& target, int band, CPictu
             continue;
         }
         const QueuedDraw& draw = m_steps[i].draw;
-        draw.range->raster().forEachBlock(band, [&](const Span& span, int y, int rows, int x, int count) {
-            CBlock(draw, span, y, rows, x, count).drawTo(pixelOf(target, x, y), target.pitch, kernels);
+        draw.range->raster().forEachBlock(band, [&](const Block& block) {
+            CDrawnBlock(draw, block).drawTo(pixelOf(target, block.left, block.top), target.pitch, kernels);
         });
     }
     return cleared;

@@ -95,41 +95,43 @@ void CDrawnRange::evaluateBand(int band, const RowKernels& kernels) noexcept {
         m_raster.row(firstRow).front().right - m_raster.row(firstRow).front().left >= pieceLength;
     CKnots knots(m_positionKey, kernels, tiles);
     bool isStraight = true;
-    m_raster.forEachBlock(band, [&](const Span& span, int y, int rows, int x, int count) {
-        alignas(alignment) float positionX[bandHeight * pieceLength];
-        alignas(alignment) float positionY[bandHeight * pieceLength];
-        const int piece = (x - span.left) / pieceLength % CKnots::mostPieces;
-        if (hasKnots && piece == 0)
-            knots.project(m_raster.values(span), firstRow, endRow, x, span.right);
-        const std::ptrdiff_t slot = m_raster.slotOf(span, y, x);
-        const std::ptrdiff_t step = rows > 1 ? m_raster.slotOf(span, y + 1, x) - slot : 0;
-        bool areAllSpread = hasKnots;
-        std::array<bool, bandHeight> areSpread{};
-        for (int row = 0; row < rows; ++row) {
-            float* const rowX = positionX + row * pieceLength;
-            float* const rowY = positionY + row * pieceLength;
-            const bool isSpread = hasKnots && knots.spread(piece, row, count, rowX, rowY);
-            if (!isSpread)
-                project(span, y + row, 1, x, count, kernels, rowX, rowY);
-            areSpread[static_cast<std::size_t>(row)] = isSpread;
-            areAllSpread = areAllSpread && isSpread;
-        }
-        if (hasKnots)
-            knots.touch(count);
-        if (areAllSpread && count == pieceLength) {
-            // Positions and slots of all rows follow each other.
-            pack(slot, rows * pieceLength, kernels, positionX, positionY, {}, knots.isInside());
-        } else {
-            for (int row = 0; row < rows; ++row) {
-                const bool isSpread = areSpread[static_cast<std::size_t>(row)];
-                pack(slot + row * step, count, kernels, positionX + row * pieceLength,
-                     positionY + row * pieceLength, isSpread ? std::span<std::uint64_t>() : tiles, false);
-            }
-        }
-        for (int row = 0; row < rows && isStraight; ++row)
-            isStraight = isStraightPiece(slot + row * step, count);
+    m_raster.forEachBlock(band, [&](const Block& block) {
+        if (hasKnots && CKnots::pieceOf(block) == 0)
+            knots.project(m_raster.values(block.span), firstRow, endRow, block.left, block.span.right);
+        evaluateBlock(block, hasKnots ? &knots : nullptr, kernels, tiles);
+        isStraight = isStraight && isStraightBlock(block);
     });
     state = isStraight ? Band::straight : Band::anyhow;
+}
+
+void CDrawnRange::evaluateBlock(const Block& block, CKnots* knots, const RowKernels& kernels,
+                                std::span<std::uint64_t> tiles) noexcept {
+    alignas(alignment) float positionX[bandHeight * pieceLength];
+    alignas(alignment) float positionY[bandHeight * pieceLength];
+    std::array<bool, bandHeight> isSpread{};
+    for (int row = 0; row < block.rows; ++row) {
+        float* const x = positionX + row * pieceLength;
+        float* const y = positionY + row * pieceLength;
+        bool& isRowSpread = isSpread[static_cast<std::size_t>(row)];
+        isRowSpread = knots != nullptr && knots->spread(block, row, x, y);
+        if (!isRowSpread)
+            project(block.span, block.top + row, 1, block.left, block.columns, kernels, x, y);
+    }
+    if (knots != nullptr)
+        knots->touch(block.columns);
+    const std::ptrdiff_t slot = m_raster.slotOf(block);
+    const std::ptrdiff_t step = m_raster.slotStep(block);
+    const bool isAllSpread = std::all_of(isSpread.begin(), isSpread.begin() + block.rows, std::identity());
+    if (isAllSpread && block.columns == pieceLength) {
+        // Positions and slots of all rows follow each other.
+        pack(slot, block.rows * pieceLength, kernels, positionX, positionY, {}, knots->isInside());
+        return;
+    }
+    for (int row = 0; row < block.rows; ++row) {
+        pack(slot + row * step, block.columns, kernels, positionX + row * pieceLength,
+             positionY + row * pieceLength,
+             isSpread[static_cast<std::size_t>(row)] ? std::span<std::uint64_t>() : tiles, false);
+    }
 }
 
 void CDrawnRange::project(const Span& span, int y, int rows, int x, int count, const RowKernels& kernels,
@@ -212,12 +214,15 @@ TableWeights CDrawnRange::lookUpPiece(TableRow row, int layer, std::ptrdiff_t sl
     return weights;
 }
 
-bool CDrawnRange::isStraightPiece(std::ptrdiff_t slot, int count) const {
-    const std::int32_t* const pixels = offsets() + slot;
-    const std::uint16_t* const shares = fractions() + slot;
-    for (int i = 0; i < count; ++i) {
-        if (shares[i] != 0 || pixels[i] < 0 || pixels[i] != pixels[0] + 4 * i)
-            return false;
+bool CDrawnRange::isStraightBlock(const Block& block) const {
+    for (int row = 0; row < block.rows; ++row) {
+        const std::ptrdiff_t slot = m_raster.slotOf(block) + row * m_raster.slotStep(block);
+        const std::int32_t* const pixels = offsets() + slot;
+        const std::uint16_t* const shares = fractions() + slot;
+        for (int i = 0; i < block.columns; ++i) {
+            if (shares[i] != 0 || pixels[i] < 0 || pixels[i] != pixels[0] + 4 * i)
+                return false;
+        }
     }
     return true;
 }

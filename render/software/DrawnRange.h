@@ -17,6 +17,8 @@
 
 namespace tarvo::render::software {
 
+class CKnots;
+
 /// The record of a pass, of any program.
 struct RecordBytes {
     alignas(16) std::array<std::byte, sizeof(VirtualPtzConstants)> bytes{};
@@ -80,6 +82,9 @@ private:
     enum class Band : std::uint8_t { unknown, straight, anyhow };
 
     void forgetPositions(const PositionKey& positions, int targetHeight, const MemorySource& memory);
+    /// Works out the positions of a block of a band whose tiles these are, from knots if there are any.
+    void evaluateBlock(const Block& block, CKnots* knots, const RowKernels& kernels,
+                       std::span<std::uint64_t> tiles) noexcept;
     /// Positions of slots that follow each other. No tiles: those are touched otherwise; else up to
     /// pieceLength of them. `areInside` as in PackRow.
     void pack(std::ptrdiff_t slot, int count, const RowKernels& kernels, const float* positionX,
@@ -89,7 +94,7 @@ private:
     /// The positions of a piece, and of those below it in the next rows, one after the other.
     void project(const Span& span, int y, int rows, int x, int count, const RowKernels& kernels,
                  float* positionX, float* positionY) const noexcept;
-    bool isStraightPiece(std::ptrdiff_t slot, int count) const;
+    bool isStraightBlock(const Block& block) const;
     /// The same as evaluateBand() does, through tables.
     void evaluateLayers(int band, const RowKernels& kernels, std::span<std::uint64_t> tiles) noexcept;
     /// The positions and weights of a piece in one table, of which `row` has everything but the places to

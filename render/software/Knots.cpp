@@ -38,25 +38,25 @@ void CKnots::project(const VertexValues& values, int firstRow, int endRow, int x
                        {m_x, m_y, static_cast<float>(window.width), static_cast<float>(window.height)});
 }
 
-bool CKnots::spread(int piece, int row, int count, float* x, float* y) noexcept {
-    const int knot = row * m_columns + piece * perPiece;
+bool CKnots::spread(const Block& block, int row, float* x, float* y) noexcept {
+    const int knot = row * m_columns + pieceOf(block) * perPiece;
     if (row == 0) {
         reachNothing();
         m_isInside = true;
     } else if (isTorn(m_x, knot + 1) || isTorn(m_y, knot + 1)) {
-        touch(count);
+        touch(block.columns);
         reachNothing();
     }
-    if (!m_kernels.spread(m_x + knot, m_y + knot, count, x, y))
+    if (!m_kernels.spread(m_x + knot, m_y + knot, block.columns, x, y))
         return false;
     m_kernels.widen(m_x + knot, m_reachX);
     m_kernels.widen(m_y + knot, m_reachY);
     return true;
 }
 
-void CKnots::touch(int count) noexcept {
+void CKnots::touch(int columns) noexcept {
     const SampledWindow& window = m_positions.window;
-    touchTiles(window, m_reachX, m_reachY, count, m_positions.isBounded, m_tiles);
+    touchTiles(window, m_reachX, m_reachY, columns, m_positions.isBounded, m_tiles);
     m_isInside = m_isInside && isWithin(m_reachX, window.width) && isWithin(m_reachY, window.height);
 }
 

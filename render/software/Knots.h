@@ -14,6 +14,10 @@ namespace tarvo::render::software {
 class CKnots {
 public:
     static constexpr int mostPieces = 8;
+    /// Which of the pieces that are projected together a block is.
+    static int pieceOf(const Block& block) {
+        return (block.left - block.span.left) / pieceLength % mostPieces;
+    }
 
     /// The tiles of the pieces are set in `tiles`. All three outlive the knots.
     CKnots(const PositionKey& positions, const RowKernels& kernels, std::span<std::uint64_t> tiles)
@@ -23,12 +27,11 @@ public:
     /// to mostPieces of them and column `right`.
     void project(const VertexValues& values, int firstRow, int endRow, int x, int right) noexcept;
 
-    /// The positions of the `count` pixels that a row has of a piece; false where they do not run smoothly.
-    /// Both are counted from the first that was projected; of a piece, rows come in their order.
-    bool spread(int piece, int row, int count, float* x, float* y) noexcept;
-    /// Sets the tiles of the piece whose rows were spread last.
-    void touch(int count) noexcept;
-    /// Whether all that the piece looks at and that was touched lies well inside the picture.
+    /// The positions of a row of a block; false where they do not run smoothly. Rows come in their order.
+    bool spread(const Block& block, int row, float* x, float* y) noexcept;
+    /// Sets the tiles of the block of so many columns whose rows were spread.
+    void touch(int columns) noexcept;
+    /// Whether all that it looks at, where it was spread, lies well inside the picture; once it was touched.
     bool isInside() const { return m_isInside; }
 
 private:

@@ -44,6 +44,15 @@ struct Span {
     std::uint16_t right;
 };
 
+/// Pixels side by side in each of some rows of a band.
+struct Block {
+    const Span& span; ///< of the first row, and as good for the others
+    int top;
+    int rows;
+    int left;
+    int columns; ///< up to pieceLength
+};
+
 /// Slots of a span begin at multiples of this, so that vectors of any width load aligned.
 inline constexpr std::int32_t slotAlignment = 16;
 
@@ -80,11 +89,13 @@ public:
             return span.slot + (x - span.left);
         const int firstRow = std::max(m_top, y / bandHeight * bandHeight);
         const int rows = std::min(m_bottom, (y / bandHeight + 1) * bandHeight) - firstRow;
-        const int column = x - span.left;
-        const int length = std::min(pieceLength, m_paddedWidth - column);
         return static_cast<std::ptrdiff_t>(firstRow - m_top) * m_paddedWidth +
-               static_cast<std::ptrdiff_t>(column) * rows +
-               static_cast<std::ptrdiff_t>(y - firstRow) * length;
+               static_cast<std::ptrdiff_t>(x - span.left) * rows + (y - firstRow) * slotsOfPiece(span, x);
+    }
+    std::ptrdiff_t slotOf(const Block& block) const { return slotOf(block.span, block.top, block.left); }
+    /// From a row of a block to the next.
+    std::ptrdiff_t slotStep(const Block& block) const {
+        return m_isRectangle ? slotsOfPiece(block.span, block.left) : 0;
     }
     /// Behind the slots of a band's last row, which itself exists. Those of a band are all before it.
     std::ptrdiff_t endSlot(int band) const {
@@ -94,33 +105,33 @@ public:
         const std::size_t next = m_rowStarts[static_cast<std::size_t>(end - m_top)];
         return next < m_spans.size() ? m_spans[next].slot : m_slotCount;
     }
-    /// Calls `visit(span, first row, rows, first column, count)` for the blocks of a band: pieces of a span,
-    /// and those of a rectangle with all that lie below them in the band, whose slots follow each other.
-    /// Pieces of different spans come in the order of the spans where they overlap.
+    /// Visits the blocks of a band: pieces of a span, and those of a rectangle with all that lie below them
+    /// in the band, whose slots follow each other. Pieces of different spans come in the order of the spans
+    /// where they overlap.
     template<typename Visit>
     void forEachBlock(int band, Visit visit) const {
         const int first = std::max(m_top, band * bandHeight);
         const int end = std::min(m_bottom, (band + 1) * bandHeight);
-        const auto blocksOf = [&](const Span& span, int y, int rows) {
+        const auto visitSpan = [&](const Span& span, int y, int rows) {
             for (int x = span.left; x < span.right; x += pieceLength)
-                visit(span, y, rows, x, std::min(pieceLength, span.right - x));
+                visit(Block{span, y, rows, x, std::min(pieceLength, span.right - x)});
         };
         if (m_isRectangle) {
             if (first < end)
-                blocksOf(row(first).front(), first, end - first);
+                visitSpan(row(first).front(), first, end - first);
             return;
         }
         for (int y = first; y < end; ++y) {
             for (const Span& span : row(y))
-                blocksOf(span, y, 1);
+                visitSpan(span, y, 1);
         }
     }
     /// The same row by row: `visit(span, y, first column, count)`.
     template<typename Visit>
     void forEachPiece(int band, Visit visit) const {
-        forEachBlock(band, [&](const Span& span, int first, int rows, int x, int count) {
-            for (int y = first; y < first + rows; ++y)
-                visit(span, y, x, count);
+        forEachBlock(band, [&](const Block& block) {
+            for (int row = 0; row < block.rows; ++row)
+                visit(block.span, block.top + row, block.left, block.columns);
         });
     }
     /// How long arrays by slot have to be.
@@ -134,6 +145,9 @@ private:
         Span span;
     };
 
+    std::ptrdiff_t slotsOfPiece(const Span& span, int x) const {
+        return std::min(pieceLength, m_paddedWidth - (x - span.left));
+    }
     void clear();
     bool buildRectangle(std::span<const geometry::Vertex> vertices, int width, int height);
     void addTriangle(const geometry::Vertex& a, const geometry::Vertex& b, const geometry::Vertex& c,
