@@ -4,7 +4,7 @@
 
 // Also included by files that are compiled for one instruction set: an inline function that came along from
 // here could end up in the program in its version for that set, and run on processors without it. So nothing
-// but declarations and plain records.
+// but declarations, plain records and what is always inlined.
 #include <cstddef>
 #include <cstdint>
 
@@ -57,7 +57,7 @@ struct Yv12Stretch {
     std::ptrdiff_t cbStep = 0;
     std::ptrdiff_t targetStep = 0;
 
-    void moveToNextPair() {
+    [[gnu::always_inline]] void moveToNextPair() {
         luma += lumaStep;
         nextLuma += lumaStep;
         nearCr += crStep;

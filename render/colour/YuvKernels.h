@@ -79,12 +79,12 @@ template<typename Set>
     constexpr int block = Set::chromaParts * 8 * Set::lanes;
     if (stretch.nextLuma == nullptr)
         return inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, false>(stretch, x); });
-    int done = 0;
-    for (int pair = 0; pair < wanted.pairs; ++pair) {
-        done = inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, true>(stretch, x); });
-        stretch.moveToNextPair();
+    for (int pair = 1;; ++pair, stretch.moveToNextPair()) {
+        const int done =
+            inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, true>(stretch, x); });
+        if (done == 0 || pair == stretch.pairs)
+            return done;
     }
-    return done;
 }
 
 template<typename Set>

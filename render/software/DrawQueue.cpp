@@ -36,9 +36,7 @@ public:
         }
         forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
             if (m_draw.program == ShaderProgram::overviewRegion) {
-                float alpha[pieceLength];
-                kernels.interpolate(alongRow(values().colour, y), m_block.left, m_block.columns, alpha);
-                blendOverviewRegion(alpha, m_block.columns, row);
+                markRow(blendOverviewRegion, y, row, kernels);
             } else {
                 alignas(alignment) std::uint8_t pixels[pieceLength * 4];
                 CDrawnBlock(m_draw, {m_block.span, y, 1, m_block.left, m_block.columns})
@@ -59,11 +57,8 @@ private:
     void compute(std::uint8_t* target, std::ptrdiff_t pitch, const RowKernels& kernels) const noexcept {
         switch (m_draw.program) {
         case ShaderProgram::overviewRegion:
-            forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
-                float alpha[pieceLength];
-                kernels.interpolate(alongRow(values().colour, y), m_block.left, m_block.columns, alpha);
-                overviewRegion(alpha, m_block.columns, row);
-            });
+            forEachRow(target, pitch,
+                       [&](int y, std::uint8_t* row) { markRow(overviewRegion, y, row, kernels); });
             break;
         case ShaderProgram::yuy2ToRgb:
             forEachRow(target, pitch, [&](int y, std::uint8_t* row) {
@@ -79,6 +74,14 @@ private:
             samplePositions(target, pitch, kernels);
             break;
         }
+    }
+
+    /// Of the marker, by its alpha.
+    template<typename Mark>
+    void markRow(Mark mark, int y, std::uint8_t* target, const RowKernels& kernels) const noexcept {
+        float alpha[pieceLength];
+        kernels.interpolate(alongRow(values().colour, y), m_block.left, m_block.columns, alpha);
+        mark(alpha, m_block.columns, target);
     }
 
     void convertYv12(int y, std::uint8_t* target, const RowKernels& kernels) const noexcept {

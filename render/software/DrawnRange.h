@@ -85,8 +85,8 @@ private:
     /// Works out the positions of a block of a band whose tiles these are, from knots if there are any.
     void evaluateBlock(const Block& block, CKnots* knots, const RowKernels& kernels,
                        std::span<std::uint64_t> tiles) noexcept;
-    /// Positions of slots that follow each other. No tiles: those are touched otherwise; else up to
-    /// pieceLength of them. `areInside` as in PackRow.
+    /// Packs the positions of slots that follow each other. Without tiles those are touched otherwise; with
+    /// them, `count` is up to pieceLength. `areInside` as in PackRow.
     void pack(std::ptrdiff_t slot, int count, const RowKernels& kernels, const float* positionX,
               const float* positionY, std::span<std::uint64_t> tiles, bool areInside) noexcept;
     /// As many rows may be projected at once.

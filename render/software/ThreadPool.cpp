@@ -75,11 +75,13 @@ bool CThreadPool::Job::isOpen() const {
     });
 }
 
-void CThreadPool::Job::process(int first) noexcept {
+template<typename Before>
+void CThreadPool::Job::process(int first, Before before) noexcept {
     for (int i = 0; i < stretchCount; ++i) {
         Stretch& stretch = stretches[static_cast<std::size_t>((first + i) % stretchCount)];
         // Looked at before, so that what is done does not count up for ever.
         while (stretch.next.load(std::memory_order_relaxed) < stretch.end) {
+            before();
             const int index = stretch.next.fetch_add(1, std::memory_order_relaxed);
             if (index < stretch.end)
                 call(context, index);
@@ -88,28 +90,36 @@ void CThreadPool::Job::process(int first) noexcept {
 }
 
 void CThreadPool::runJob(Job& job, int count) noexcept {
-    const int callers = m_callers.fetch_add(1, std::memory_order_relaxed) + 1;
-    if (count <= 1 || callers >= m_threadCount) {
+    if (count <= 1 || m_threadCount == 1) {
+        m_callers.fetch_add(1, std::memory_order_relaxed);
         job.divide(count, 1);
-        job.process(0);
-    } else {
-        share(job, count);
+        job.process(0, [] {});
+        m_callers.fetch_sub(1, std::memory_order_relaxed);
+        return;
     }
-    m_callers.fetch_sub(1, std::memory_order_relaxed);
-}
-
-void CThreadPool::share(Job& job, int count) noexcept {
     job.divide(count, m_threadCount);
+    bool isHelpCalled = false;
     {
         const std::lock_guard guard(m_lock);
+        isHelpCalled = m_callers.fetch_add(1, std::memory_order_relaxed) + 1 < m_threadCount;
         startThreads();
         append(job);
     }
-    m_workCame.notify_all();
-    job.process(0);
+    if (isHelpCalled)
+        m_workCame.notify_all();
+    job.process(0, [&] {
+        if (isHelpCalled || m_callers.load(std::memory_order_relaxed) >= m_threadCount)
+            return;
+        // Another caller has gone. Whoever is about to sleep since there was one too many does so first.
+        isHelpCalled = true;
+        m_lock.lock();
+        m_lock.unlock();
+        m_workCame.notify_all();
+    });
     {
         const std::lock_guard guard(m_lock);
         remove(job);
+        m_callers.fetch_sub(1, std::memory_order_relaxed);
     }
     // What the others are still at is as good as done.
     if (lookOutFor([&job] { return job.helpers.load(std::memory_order_acquire) == 0; }))
@@ -122,26 +132,32 @@ void CThreadPool::help() noexcept {
     std::unique_lock guard(m_lock);
     for (;;) {
         Job* job = nullptr;
-        m_workCame.wait(guard, [&] { return m_isEnding || (job = openJob()) != nullptr; });
+        m_workCame.wait(guard, [&] { return m_isEnding || (job = jobToHelp()) != nullptr; });
         if (m_isEnding)
             return;
         // A job is taken off the list before its owner looks at the helpers, both under the lock, so one that
         // was found here stays until this thread has left it.
         job->helpers.fetch_add(1, std::memory_order_relaxed);
+        ++m_helping;
         const int stretch = ++job->arrivals;
         const unsigned jobsSeen = m_jobsAppended.load(std::memory_order_relaxed);
         guard.unlock();
-        job->process(stretch);
+        job->process(stretch, [] {});
         guard.lock();
+        --m_helping;
         // From here on the job may be gone.
         if (job->helpers.fetch_sub(1, std::memory_order_release) == 1)
             m_helperLeft.notify_all();
-        if (openJob() != nullptr)
+        if (jobToHelp() != nullptr)
             continue;
         guard.unlock();
         lookOutFor([&] { return m_jobsAppended.load(std::memory_order_relaxed) != jobsSeen; });
         guard.lock();
     }
+}
+
+CThreadPool::Job* CThreadPool::jobToHelp() const {
+    return m_callers.load(std::memory_order_relaxed) + m_helping < m_threadCount ? openJob() : nullptr;
 }
 
 CThreadPool::Job* CThreadPool::openJob() const {

@@ -41,8 +41,8 @@ public:
     /// all have returned. What they wrote is visible afterwards. Allocates nothing once the threads run.
     ///
     /// Each thread begins with a stretch of neighbours of its own, which may look at the same memory, and
-    /// takes over from others only when that is done. While as many callers are at work as the pool counts
-    /// threads, each does its own work alone: there is no processor left that could help.
+    /// takes over from others only when that is done. Threads help while fewer are at work, callers among
+    /// them, than the pool counts; where each processor has a caller of its own, nobody is called.
     template<typename Task>
     void run(int count, Task&& task) {
         using Plain = std::remove_reference_t<Task>;
@@ -71,21 +71,25 @@ private:
 
         void divide(int count, int threads);
         bool isOpen() const;
-        /// What is left, from a stretch on.
-        void process(int first) noexcept;
+        /// What is left, from a stretch on; `before()` before each.
+        template<typename Before>
+        void process(int first, Before before) noexcept;
     };
 
     static std::thread startThread(std::function<void()> work) { return std::thread(std::move(work)); }
     void runJob(Job& job, int count) noexcept;
-    void share(Job& job, int count) noexcept;
     void help() noexcept;
     Job* openJob() const;
+    /// One that a thread of the pool is welcome at.
+    Job* jobToHelp() const;
     void startThreads() noexcept;
     void append(Job& job);
     void remove(const Job& job);
 
     const int m_threadCount;
-    std::atomic<int> m_callers{0}; ///< threads in run()
+    /// Calls of run() under way; one from within another counts as well.
+    std::atomic<int> m_callers{0};
+    int m_helping = 0; ///< threads of the pool at work; under the lock
     std::mutex m_lock;
     std::condition_variable m_workCame;
     std::condition_variable m_helperLeft;

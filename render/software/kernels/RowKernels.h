@@ -73,7 +73,8 @@ struct GroupBox {
     std::int32_t bottom;
 };
 
-/// Positions in the form that sampling wants, for pictures of this size and pitch. Pixel i has its centre at
+/// Positions, of one row or of several that follow each other, in the form that sampling wants, for pictures
+/// of this size and pitch. Pixel i has its centre at
 /// i + 0.5; beyond the outermost centres the edge pixel goes on.
 struct PackRow {
     const float* x;
@@ -91,8 +92,9 @@ struct PackRow {
 };
 using PackKernel = void (*)(const PackRow& row);
 
-/// The mix of the four pixels around each position, in whole numbers: with shares a of the right and b of the
-/// lower pixels in 255ths and D = ⌊257b / 2⌋,
+/// Pixels of some rows, whose positions lie one row behind the other. Each is the mix of the four pixels
+/// around its position, in whole numbers: with shares a of the right and b of the lower ones in 255ths and D
+/// = ⌊257b / 2⌋,
 ///
 ///     above = (255 − a)·(upper left − 128) + a·(upper right − 128)       below likewise
 ///     mix   = ⌊above·(32767 − D) / 32768 + 1/2⌋ + ⌊below·D / 32768 + 1/2⌋ + 32640
@@ -101,8 +103,6 @@ using PackKernel = void (*)(const PackRow& row);
 /// which is exact where all four are equal or a and b are 0 or 255, and otherwise the nearest level but for
 /// 1/100; positions were rounded to 1/255 pixel, so that it is at most one level from the mix at the position
 /// itself.
-///
-/// A block of several rows, whose positions lie one row behind the other.
 struct SampleBlock {
     const std::uint8_t* pixels;
     std::ptrdiff_t pitch;

@@ -149,7 +149,7 @@ template<int count>
 template<int length, typename IsSomewhere, typename Store>
 [[gnu::always_inline, maybe_unused]] inline void sampleInStrips(const SampleBlock& block,
                                                                 IsSomewhere isSomewhere, Store store) {
-    // About as much ahead as memory takes to answer.
+    // Six rows of a wide block: about as much ahead as memory takes to answer.
     constexpr std::ptrdiff_t ahead = 768;
     const std::uint8_t* const pixels = block.pixels;
     const int whole = block.count / length * length;
@@ -176,7 +176,7 @@ template<int length, typename IsSomewhere, typename Store>
     }
 }
 
-/// The same of several layers.
+/// Pixels `begin` … `end` − 1 of several layers one by one.
 void mixLayersPlainly(const MixRow& row, int begin, int end) {
     for (int i = begin; i < end; ++i) {
         std::uint32_t sums[4] = {0, 0, 0, 0};

@@ -225,17 +225,22 @@ TEST_P(Kernels, yv12ToBgraMixesTheNextRowTheOtherWayRound) {
 }
 
 TEST_P(Kernels, yv12ToBgraMovesFromPairToPair) {
-    // Three pairs between four rows of chroma, of which Cr grows by 16 from row to row: near and far are
-    // 128 + 16k and 144 + 16k, mixed 132 + 16k and 140 + 16k, less 127.5 and times 1.370705 of red.
+    // Three pairs between four rows of chroma. From row to row Cr grows by 16 and Cb by 8, so near and far
+    // mix to 132 + 16k and 140 + 16k, and to 130 + 8k and 134 + 8k: less 127.5 and times 1.370705 that is
+    // red, times 1.732446 blue. Between the rows of Cb lies something else.
     constexpr int columns = 66;
     constexpr int pairs = 3;
     const CPlane luma({columns, 2 * pairs});
-    std::fill(luma.content().begin(), luma.content().end(), std::uint8_t{100});
-    const CPlane cr({columns / 2 + 2, pairs + 1});
-    for (int row = 0; row <= pairs; ++row)
-        std::fill_n(cr.row(row), columns / 2 + 2, static_cast<std::uint8_t>(128 + 16 * row));
-    const CPlane cb({columns / 2 + 2, 2 * pairs + 2}); // with gaps
-    std::fill(cb.content().begin(), cb.content().end(), std::uint8_t{128});
+    for (int y = 0; y < 2 * pairs; ++y)
+        std::fill_n(luma.row(y), columns, static_cast<std::uint8_t>(60 + 10 * y));
+    constexpr int chromaColumns = columns / 2 + 2;
+    const CPlane cr({chromaColumns, pairs + 1});
+    const CPlane cb({chromaColumns, 2 * pairs + 2});
+    std::fill(cb.content().begin(), cb.content().end(), std::uint8_t{0});
+    for (int row = 0; row <= pairs; ++row) {
+        std::fill_n(cr.row(row), chromaColumns, static_cast<std::uint8_t>(128 + 16 * row));
+        std::fill_n(cb.row(2 * row), chromaColumns, static_cast<std::uint8_t>(128 + 8 * row));
+    }
     const CPlane target({columns * 4, 2 * pairs}, guard);
     Yv12Stretch stretch{luma.row(0),   cr.row(0) + 1, cr.row(1) + 1, cb.row(0) + 1, cb.row(2) + 1,
                         target.row(0), luma.row(1),   target.row(1), columns};
@@ -246,9 +251,12 @@ TEST_P(Kernels, yv12ToBgraMovesFromPairToPair) {
     stretch.targetStep = target.row(2) - target.row(0);
     EXPECT_EQ(variant().yv12ToBgra(stretch), columns);
     for (int y = 0; y < 2 * pairs; ++y) {
-        const double red = 100.0 + 1.370705 * (4.5 + 8.0 * (y % 2) + 16.0 * (y / 2));
-        for (int x = 0; x < columns; ++x)
+        const double red = 60.0 + 10 * y + 1.370705 * (4.5 + 8.0 * (y % 2) + 16.0 * (y / 2));
+        const double blue = 60.0 + 10 * y + 1.732446 * (2.5 + 4.0 * (y % 2) + 8.0 * (y / 2));
+        for (int x = 0; x < columns; ++x) {
+            ASSERT_NEAR(target.row(y)[x * 4], blue, 0.51) << x << ", " << y;
             ASSERT_NEAR(target.row(y)[x * 4 + 2], red, 0.51) << x << ", " << y;
+        }
     }
     const auto content = target.content();
     EXPECT_EQ(std::count(content.begin(), content.begin() + guard, 0xA5), guard);

@@ -193,5 +193,36 @@ TEST(Raster, SlotsOfSpansDoNotOverlapAndAreAligned) {
     EXPECT_EQ(raster.slotCount(), 9U * 48U);
 }
 
+TEST(Raster, RowsOfBlocksFollowEachOtherInTheSlots) {
+    // 300 by 30 pixels from row 5 on: two whole pieces and one of 44, filled up to 48; rows 5 to 15, 16 to 31
+    // and 32 to 34.
+    const std::array<Vertex, 4> quad{Vertex{-1, 0.75F, 0, 1, 0, 1}, Vertex{-1, -0.75F, 0, 1, 0, 0},
+                                     Vertex{0.5F, 0.75F, 0, 1, 1, 1}, Vertex{0.5F, -0.75F, 0, 1, 1, 0}};
+    const CRaster raster = rasterOfStrip(quad, {400, 40});
+    ASSERT_TRUE(raster.isRectangle());
+    ASSERT_EQ(raster.top(), 5);
+    ASSERT_EQ(raster.bottom(), 35);
+    std::vector<int> rows;
+    std::ptrdiff_t next = 0;
+    for (int band = 0; band < 3; ++band) {
+        int left = 0;
+        raster.forEachBlock(band, [&](const Block& block) {
+            EXPECT_EQ(block.left, left);
+            EXPECT_EQ(block.columns, left == 256 ? 44 : 128);
+            EXPECT_EQ(raster.slotOf(block), next);
+            EXPECT_EQ(raster.slotStep(block), left == 256 ? 48 : 128);
+            for (int row = 0; row < block.rows; ++row)
+                EXPECT_EQ(raster.slotOf(block.span, block.top + row, block.left),
+                          raster.slotOf(block) + row * raster.slotStep(block));
+            left += 128;
+            next += block.rows * raster.slotStep(block);
+            rows.push_back(block.rows);
+        });
+        EXPECT_EQ(raster.endSlot(band), next);
+    }
+    EXPECT_EQ(rows, (std::vector<int>{11, 11, 11, 16, 16, 16, 3, 3, 3}));
+    EXPECT_EQ(raster.slotCount(), 30U * 304U);
+}
+
 } // namespace
 } // namespace tarvo::render::software

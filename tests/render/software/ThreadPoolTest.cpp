@@ -47,7 +47,7 @@ TEST(ThreadPool, WorkFromWithinWorkEnds) {
     EXPECT_EQ(calls.load(), 64);
 }
 
-TEST(ThreadPool, LeavesCallersAloneWhileThereAreAsManyAsThreads) {
+TEST(ThreadPool, HelpsWhereAProcessorIsLeft) {
     using namespace std::chrono_literals;
     CThreadPool pool(2);
     std::atomic<bool> isBusy{false};
@@ -61,26 +61,29 @@ TEST(ThreadPool, LeavesCallersAloneWhileThereAreAsManyAsThreads) {
     });
     while (!isBusy)
         std::this_thread::sleep_for(1ms);
-    // Long enough for a helper to come, if one was called.
-    std::atomic<int> elsewhere{0};
     const auto self = std::this_thread::get_id();
-    pool.run(20, [&](int) noexcept {
+    std::atomic<int> calls{0};
+    std::atomic<int> elsewhere{0};
+    // Two callers keep two processors busy, long enough for a helper to come if one was called. Then the
+    // other caller goes, and help comes in the middle of the work.
+    pool.run(200, [&](int) noexcept {
+        if (++calls == 20) {
+            EXPECT_EQ(elsewhere.load(), 0);
+            isEnough = true;
+            other.join();
+        }
         elsewhere += std::this_thread::get_id() != self ? 1 : 0;
         std::this_thread::sleep_for(2ms);
     });
-    isEnough = true;
-    other.join();
-    EXPECT_EQ(elsewhere.load(), 0);
-    // With the other gone, there is help again.
-    pool.run(20, [&](int) noexcept {
-        elsewhere += std::this_thread::get_id() != self ? 1 : 0;
-        std::this_thread::sleep_for(2ms);
-    });
+    EXPECT_EQ(calls.load(), 200);
     EXPECT_GT(elsewhere.load(), 0);
 }
 
-TEST(ThreadPool, ServesManyCallersAtOnce) {
-    CThreadPool pool(3);
+class ThreadPoolOf : public testing::TestWithParam<int> {};
+
+// With fewer threads than callers nobody is called for help, with more some are.
+TEST_P(ThreadPoolOf, ServesManyCallersAtOnce) {
+    CThreadPool pool(GetParam());
     constexpr int rounds = 200;
     std::vector<std::thread> callers;
     std::vector<long> sums(4, 0);
@@ -100,6 +103,8 @@ TEST(ThreadPool, ServesManyCallersAtOnce) {
     // 0² + … + 36² = 36 · 37 · 73 / 6
     EXPECT_EQ(sums, std::vector<long>(4, 16206L * rounds));
 }
+
+INSTANTIATE_TEST_SUITE_P(threads, ThreadPoolOf, testing::Values(3, 6));
 
 TEST(ThreadPool, DoesWithoutThreadsThatAreNotGranted) {
     int granted = 0;
