@@ -109,7 +109,7 @@ void convertPixel(int luma, int a, int b, std::uint8_t* target) {
     target[3] = 255;
 }
 
-/// One row of a YV12 picture of even width and height, or pairs that lie between the same rows of chroma.
+/// One row of a YV12 picture of even width and height, or pairs of rows, each between two rows of chroma.
 /// There the weights of samples are quarters. Small areas consist of many short rows, so nothing is worked
 /// out that can be told.
 class CEvenRows {

@@ -19,7 +19,7 @@ public:
         return (block.left - block.span.left) / pieceLength % mostPieces;
     }
 
-    /// The tiles of the pieces are set in `tiles`. All three outlive the knots.
+    /// The tiles of the pieces are set in `tiles`, whose bits outlive the knots, as do the other two.
     CKnots(const PositionKey& positions, const RowKernels& kernels, std::span<std::uint64_t> tiles)
         : m_positions(positions), m_kernels(kernels), m_tiles(tiles) {}
 
