@@ -56,6 +56,22 @@ void storeYv12(std::uint8_t* target, const std::uint8_t* lumaBytes, Words<Set> c
     Set::store(target + 16 * Set::lanes, Bytes<Set>(pixels.second));
 }
 
+/// Begins to fetch what becomes of `x` two pairs of rows further down, which may be beyond the last: nothing
+/// is read. Rows of a small area lie pages apart, which no processor guesses.
+template<int columns>
+void fetchBelow(const Yv12Stretch& stretch, int x) {
+    const auto fetch = [](const std::uint8_t* row, std::ptrdiff_t column, std::ptrdiff_t step) {
+        __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(row) +
+                                                         static_cast<std::uintptr_t>(column + 2 * step)));
+    };
+    for (int column = x; column < x + columns; column += 64) {
+        fetch(stretch.luma, column, stretch.lumaStep);
+        fetch(stretch.nextLuma, column, stretch.lumaStep);
+        fetch(stretch.farCr, column / 2, stretch.crStep);
+        fetch(stretch.farCb, column / 2, stretch.cbStep);
+    }
+}
+
 template<typename Set, bool isPair>
 void convertBlock(const Yv12Stretch& stretch, int x) {
     for (int part = 0; part < Set::chromaParts; ++part) {
@@ -80,8 +96,10 @@ template<typename Set>
     if (stretch.nextLuma == nullptr)
         return inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, false>(stretch, x); });
     for (int pair = 1;; ++pair, stretch.moveToNextPair()) {
-        const int done =
-            inBlocks<block>(stretch.columns, [&](int x) { convertBlock<Set, true>(stretch, x); });
+        const int done = inBlocks<block>(stretch.columns, [&](int x) {
+            fetchBelow<block>(stretch, x);
+            convertBlock<Set, true>(stretch, x);
+        });
         if (done == 0 || pair == stretch.pairs)
             return done;
     }

@@ -143,6 +143,13 @@ template<int count>
         __builtin_prefetch(pixels + offsets[i]);
 }
 
+/// Begins to fetch what lies so many elements ahead, which may be beyond the end: nothing is read.
+template<typename Element>
+[[gnu::always_inline]] inline void fetchAhead(const Element* place, std::uintptr_t elements) {
+    __builtin_prefetch(
+        reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(place) + elements * sizeof(Element)));
+}
+
 /// A block in strips of `length` pixels of a row: `store(offsets, fractions, target)` for those that look
 /// somewhere all over, as isSomewhere(offsets) tells, and the rest one by one. Nothing is called in the inner
 /// loop, so that what `store` needs each time stays in registers.
@@ -151,6 +158,9 @@ template<int length, typename IsSomewhere, typename Store>
                                                                 IsSomewhere isSomewhere, Store store) {
     // Six rows of a wide block: about as much ahead as memory takes to answer.
     constexpr std::ptrdiff_t ahead = 768;
+    // Positions themselves, of which the next are looked at by then: with many transforms they come from
+    // main memory, and what processors guess ends with each page.
+    constexpr std::uintptr_t positionsAhead = 1536;
     const std::uint8_t* const pixels = block.pixels;
     const int whole = block.count / length * length;
     std::ptrdiff_t left = (block.rows - 1) * block.step + block.count + block.following;
@@ -164,6 +174,8 @@ template<int length, typename IsSomewhere, typename Store>
             for (; i < whole && isSomewhere(offsets + i); i += length) {
                 if (fetches)
                     fetch<length>(pixels, offsets + i + ahead);
+                fetchAhead(offsets + i, positionsAhead);
+                fetchAhead(fractions + i, positionsAhead);
                 store(offsets + i, fractions + i, target + static_cast<std::ptrdiff_t>(i) * 4);
             }
             if (i < whole) {
