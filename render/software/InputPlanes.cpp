@@ -55,6 +55,10 @@ void copyRows(CThreadPool& pool, const SourceRows& source, std::uint8_t* target,
     });
 }
 
+void copyThroughCaches(std::uint8_t* target, const std::uint8_t* source, std::size_t count) noexcept {
+    std::memcpy(target, source, count);
+}
+
 void RawRows::lend(const SourceRows& source) {
     lender = source;
     // Rows as far apart as the lender's are copied in one go.
@@ -64,24 +68,24 @@ void RawRows::lend(const SourceRows& source) {
     pitch = fits ? static_cast<std::size_t>(source.stepBytes) : rowPitch(rowBytes);
 }
 
-void RawRows::keep(int top, int bottom) noexcept {
+void RawRows::keep(int top, int bottom, CopyBytes copyBytes) noexcept {
     const int end = std::min(bottom, rows);
     if (top >= end)
         return;
     const auto rowAt = [&](int y) { return bytes.data() + static_cast<std::size_t>(y) * pitch; };
     if (step() == static_cast<std::ptrdiff_t>(pitch)) {
-        std::memcpy(rowAt(top), data() + top * step(),
-                    static_cast<std::size_t>(end - top - 1) * pitch + rowBytes);
+        copyBytes(rowAt(top), data() + top * step(),
+                  static_cast<std::size_t>(end - top - 1) * pitch + rowBytes);
         return;
     }
     for (int y = top; y < end; ++y)
-        std::memcpy(rowAt(y), data() + y * step(), rowBytes);
+        copyBytes(rowAt(y), data() + y * step(), rowBytes);
 }
 
-void RawRows::keepBytes(std::size_t begin, std::size_t end) noexcept {
+void RawRows::keepBytes(std::size_t begin, std::size_t end, CopyBytes copyBytes) noexcept {
     const std::size_t last = std::min(end, rowBytes);
     if (begin < last)
-        std::memcpy(bytes.data() + begin, data() + begin, last - begin);
+        copyBytes(bytes.data() + begin, data() + begin, last - begin);
 }
 
 bool canBeLent(const SourceRows& source, std::size_t rowBytes, int rows) {

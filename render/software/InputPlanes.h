@@ -9,6 +9,10 @@
 
 namespace tarvo::render::software {
 
+/// How what was lent is copied: straight, or past the caches, which then keep what somebody needs sooner.
+using CopyBytes = void (*)(std::uint8_t* target, const std::uint8_t* source, std::size_t count) noexcept;
+void copyThroughCaches(std::uint8_t* target, const std::uint8_t* source, std::size_t count) noexcept;
+
 /// Rows of bytes as they were uploaded: a plane or a packed frame. While they are lent
 /// they lie where the lender has them.
 struct RawRows : CCounted {
@@ -36,9 +40,9 @@ struct RawRows : CCounted {
     std::ptrdiff_t step() const { return isLent() ? lender.stepBytes : static_cast<std::ptrdiff_t>(pitch); }
     void lend(const SourceRows& source);
     /// Copies the rows from `top` up to `bottom`, as far as there are such, from the lender.
-    void keep(int top, int bottom) noexcept;
+    void keep(int top, int bottom, CopyBytes copyBytes) noexcept;
     /// The same of a stretch of bytes of a single row.
-    void keepBytes(std::size_t begin, std::size_t end) noexcept;
+    void keepBytes(std::size_t begin, std::size_t end, CopyBytes copyBytes) noexcept;
 };
 
 /// Whether these rows can stay where they are until they are asked to be kept.

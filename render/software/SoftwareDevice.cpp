@@ -2,6 +2,7 @@
 
 #include "render/software/DrawnRanges.h"
 #include "render/software/ProgramNeeds.h"
+#include "render/software/StreamingCopy.h"
 #include "render/software/WholePicture.h"
 #include "render/software/kernels/Blending.h"
 
@@ -174,7 +175,11 @@ void CSoftwareDevice::keepInput() {
     if (!isOpen())
         return;
     execute(); // queued passes still look at the lender's memory
-    m_frame->surfaces.keepInput(*m_frame->pool);
+    // All devices of the process share their threads. The frames of a few find room in the caches until they
+    // are overwritten; those of many would only displace each other.
+    constexpr long many = 3;
+    const bool isOneOfMany = m_frame->pool.use_count() >= many;
+    m_frame->surfaces.keepInput(*m_frame->pool, isOneOfMany ? copyPastCaches : copyThroughCaches);
 }
 
 void CSoftwareDevice::clear(Surface target, const std::array<float, 4>& colour) {

@@ -257,20 +257,20 @@ HRESULT CSurfaces::uploadPlane(CInputPlane& plane, const SourceRows& rows, CThre
     return S_OK;
 }
 
-void CSurfaces::keepInput(CThreadPool& pool) noexcept {
+void CSurfaces::keepInput(CThreadPool& pool, CopyBytes copyBytes) noexcept {
     const auto isLent = [this](std::size_t index) {
         return m_planes[index] != nullptr && m_planes[index]->current()->isLent();
     };
     if (isLent(0) && isLent(1) && isLent(2))
-        keepPlanes(m_converted.get(), pool);
+        keepPlanes(m_converted.get(), pool, copyBytes);
     if (isLent(packedPlane))
-        keepPacked(m_converted.get(), pool);
+        keepPacked(m_converted.get(), pool, copyBytes);
     for (const auto& plane : m_planes) {
         if (plane == nullptr)
             continue;
         for (RawRows& rows : plane->sets()) {
             if (rows.isLent()) {
-                rows.keep(0, rows.rows);
+                rows.keep(0, rows.rows, copyBytes);
                 endLoan(rows, true);
             }
         }
@@ -297,24 +297,24 @@ bool areMade(const CTiledPicture* picture, int firstRow, int endRow) {
 // Rows of tiles are kept as a whole or not at all: in one long piece, memory is copied twice as fast as in
 // pieces of a few hundred bytes.
 
-void CSurfaces::keepPlanes(const CTiledPicture* converted, CThreadPool& pool) noexcept {
+void CSurfaces::keepPlanes(const CTiledPicture* converted, CThreadPool& pool, CopyBytes copyBytes) noexcept {
     RawRows& luma = *m_planes[0]->current();
     RawRows& cr = *m_planes[1]->current();
     RawRows& cb = *m_planes[2]->current();
     pool.run(tileRows(m_input.height), [&](int row) noexcept {
         if (!areMade(converted, row, row + 1))
-            luma.keep(row * tileHeight, (row + 1) * tileHeight);
+            luma.keep(row * tileHeight, (row + 1) * tileHeight, copyBytes);
         // Tiles look at the chroma next to them.
         if (!areMade(converted, row - 1, row + 2)) {
             for (RawRows* chroma : {&cr, &cb})
-                chroma->keep(row * tileHeight / 2, (row + 1) * tileHeight / 2);
+                chroma->keep(row * tileHeight / 2, (row + 1) * tileHeight / 2, copyBytes);
         }
     });
     for (RawRows* plane : {&luma, &cr, &cb})
         endLoan(*plane, converted == nullptr);
 }
 
-void CSurfaces::keepPacked(const CTiledPicture* converted, CThreadPool& pool) noexcept {
+void CSurfaces::keepPacked(const CTiledPicture* converted, CThreadPool& pool, CopyBytes copyBytes) noexcept {
     // Rows of an odd width begin in the middle of two pixels' common bytes.
     if (m_input.width % 2 != 0)
         return;
@@ -324,7 +324,8 @@ void CSurfaces::keepPacked(const CTiledPicture* converted, CThreadPool& pool) no
     pool.run(rows, [&](int row) noexcept {
         const auto begin = static_cast<std::size_t>(row * tileHeight) * rowBytes;
         if (!areMade(converted, row, row + 1))
-            packed.keepBytes(begin, row + 1 == rows ? packed.rowBytes : begin + tileHeight * rowBytes);
+            packed.keepBytes(begin, row + 1 == rows ? packed.rowBytes : begin + tileHeight * rowBytes,
+                             copyBytes);
     });
     endLoan(packed, converted == nullptr);
 }

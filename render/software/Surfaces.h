@@ -55,7 +55,7 @@ public:
                  WorkCounters& counters);
     HRESULT upload(Surface surface, const SourceRows& rows, CThreadPool& pool);
     /// Copies what was lent, as far as it may still be looked at.
-    void keepInput(CThreadPool& pool) noexcept;
+    void keepInput(CThreadPool& pool, CopyBytes copyBytes) noexcept;
     /// The conversion target with its pixels in memory, shared with nobody.
     TargetView drawableConversionTarget(CThreadPool& pool);
 
@@ -81,8 +81,8 @@ private:
     Shown whole(PictureShare picture) const;
     HRESULT uploadPicture(Surface surface, const SourceRows& rows, CThreadPool& pool);
     HRESULT uploadPlane(CInputPlane& plane, const SourceRows& rows, CThreadPool& pool);
-    void keepPlanes(const CTiledPicture* converted, CThreadPool& pool) noexcept;
-    void keepPacked(const CTiledPicture* converted, CThreadPool& pool) noexcept;
+    void keepPlanes(const CTiledPicture* converted, CThreadPool& pool, CopyBytes copyBytes) noexcept;
+    void keepPacked(const CTiledPicture* converted, CThreadPool& pool, CopyBytes copyBytes) noexcept;
     CTiledPicture& writablePicture(Surface surface, CThreadPool& pool);
     PixelView readable(Surface surface, CThreadPool& pool);
 

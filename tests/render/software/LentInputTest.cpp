@@ -100,6 +100,8 @@ protected:
         return outputOf(target);
     }
 
+    void expectWholeAfterTheLoan();
+
     CSoftwareDevice plainDevice{diagnostics::ObjectLog{log, 8}};
 };
 
@@ -112,7 +114,7 @@ TEST_P(LentInput, isDrawnFromWhereItLies) {
     EXPECT_EQ(view(device, 0.4F, 1.0F, 0.2F).pixels, view(plainDevice, 0.4F, 1.0F, 0.2F).pixels);
 }
 
-TEST_P(LentInput, isWholeAfterTheLoan) {
+void LentInput::expectWholeAfterTheLoan() {
     for (unsigned round = 0; round < 4; ++round) {
         CHostFrame frame(GetParam().format, GetParam().width, GetParam().height, 10 * (round + 1));
         frame.uploadTo(device, true);
@@ -132,6 +134,19 @@ TEST_P(LentInput, isWholeAfterTheLoan) {
         convert(device);
         EXPECT_EQ(whole(device).pixels, whole(plainDevice).pixels) << round;
     }
+}
+
+TEST_P(LentInput, isWholeAfterTheLoan) {
+    expectWholeAfterTheLoan();
+}
+
+// Where many share the threads, frames are kept another way.
+TEST_P(LentInput, isWholeAfterTheLoanAmongManyDevices) {
+    std::array<CSoftwareDevice, 2> others{CSoftwareDevice(diagnostics::ObjectLog{log, 9}),
+                                          CSoftwareDevice(diagnostics::ObjectLog{log, 10})};
+    for (CSoftwareDevice& other : others)
+        ASSERT_EQ(other.open(inputOf(PixelFormat::yv12, 16, 16), outputOf(16, 16)), S_OK);
+    expectWholeAfterTheLoan();
 }
 
 TEST_P(LentInput, isKeptWholeWithoutAConversion) {
