@@ -34,6 +34,10 @@ HRESULT COutputDelivery::deliver(const MappedRows& rows) const {
         m_log.error("Could not convert image data to output image format.");
         return E_FAIL;
     }
+    // Without pixels, because the rows were shown one by one and could not be delivered.
+    if (rows.data == nullptr) {
+        return E_FAIL;
+    }
     return deliverRows(rows, 0, rows.height);
 }
 

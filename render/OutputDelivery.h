@@ -22,6 +22,7 @@ public:
     /// its format is one that nothing can be converted to, which is logged, or the picture is too small for
     /// YV12. The observer sees the picture all the same; what it answers changes nothing.
     HRESULT visit(const MappedRows& rows) override;
+    bool takesRowsAlone() const override { return m_observer == nullptr; }
     void rowsFinished(const MappedRows& picture, int first, int end) noexcept override;
 
 private:

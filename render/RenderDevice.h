@@ -45,6 +45,10 @@ class IMappedRowsVisitor {
 public:
     virtual HRESULT visit(const MappedRows& rows) = 0;
 
+    /// Whether rowsFinished() takes all that it needs. A device that called it for all rows may then show
+    /// visit() rows without pixels (`data` is null), which only asks for the result.
+    virtual bool takesRowsAlone() const { return false; }
+
     /// Rows `first` up to `end` of the picture have their final pixels, which are still in the cache; both
     /// are even, but for the end of the last rows. Devices that draw when the picture is asked for call this
     /// before visit(), for all rows, on several threads at once; others, and when nothing was to be drawn,

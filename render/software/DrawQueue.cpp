@@ -143,8 +143,19 @@ bool CDrawQueue::isByPositions(const Step& step) {
     return !step.isClear && (step.draw.picture || step.draw.pixels != nullptr);
 }
 
+bool CDrawQueue::isRepeatable() const {
+    // Tables are overwritten in place, as are pixels that came as such. Planes may be kept only in part.
+    const auto isLasting = [](const Step& step) {
+        const QueuedDraw& draw = step.draw;
+        return step.isClear || (draw.pixels == nullptr && !draw.planes[0] && !draw.tables.isThere() &&
+                                !(draw.picture && draw.picture->isStored()));
+    };
+    return !m_steps.empty() && m_steps.front().isClear &&
+           std::all_of(m_steps.begin(), m_steps.end(), isLasting);
+}
+
 void CDrawQueue::clear(Bgra colour) {
-    m_steps.clear();
+    drop();
     m_steps.push_back({true, colour, {}});
 }
 
@@ -167,12 +178,16 @@ void CDrawQueue::begin(CPictureStore& store, WorkCounters& counters) {
     }
 }
 
-void CDrawQueue::end() noexcept {
+void CDrawQueue::end(bool isToBeRepeated) noexcept {
     for (const Step& step : m_steps) {
         if (isByPositions(step))
             step.draw.range->markEvaluated();
     }
-    drop();
+    if (isToBeRepeated) {
+        m_isDone = true;
+    } else {
+        drop();
+    }
 }
 
 std::uint64_t CDrawQueue::executeBand(const TargetView& target, int band, CPictureStore& store,

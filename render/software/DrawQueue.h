@@ -1,6 +1,7 @@
 #pragma once
 
 #include "render/ShaderProgram.h"
+#include "render/software/BandRows.h"
 #include "render/software/DrawnRange.h"
 #include "render/software/InputPlanes.h"
 #include "render/software/LookupTables.h"
@@ -35,6 +36,14 @@ struct TargetView {
     std::ptrdiff_t pitch = 0;
     int width = 0;
     int height = 0;
+
+    /// The same with the rows of a band somewhere else; no others may be touched.
+    TargetView withBandAt(std::uint8_t* rows, int band) const {
+        // Row 0 would lie outside of that memory.
+        const auto offset = static_cast<std::uintptr_t>(band * bandHeight * pitch);
+        return {reinterpret_cast<std::uint8_t*>(reinterpret_cast<std::uintptr_t>(rows) - offset), pitch,
+                width, height};
+    }
 };
 
 /// How much work was done since the device was opened; for tests and measurements.
@@ -50,28 +59,47 @@ class CDrawQueue {
 public:
     CDrawQueue() { m_steps.reserve(32); }
 
-    bool isEmpty() const { return m_steps.empty(); }
+    bool hasWork() const { return !m_steps.empty() && !m_isDone; }
     /// Makes everything asked before superfluous.
     void clear(Bgra colour);
-    /// Throws std::bad_alloc.
+    /// Not while there is something to repeat. Throws std::bad_alloc.
     void add(QueuedDraw draw);
-    void drop() { m_steps.clear(); }
+    void drop() {
+        m_steps.clear();
+        m_isDone = false;
+    }
 
-    /// Does it all, and forgets it whatever happens. `rowsFinished(first, end)` is told about every row once,
-    /// in bands, by any thread, and throws nothing. Throws std::bad_alloc when the pictures that are looked
-    /// at find no memory; nothing is drawn then.
+    /// Whether what is asked depends neither on what the target held nor on pixels that the next frame
+    /// replaces, so that it can be done twice.
+    bool isRepeatable() const;
+    /// Whether it was done apart and can be done again, until it is cleared; `repeat()` asks for that.
+    bool canRepeat() const { return m_isDone; }
+    void repeat() { m_isDone = false; }
+
+    /// Does it all, and forgets it whatever happens. `rowsFinished(rows, first, end)` is told about every row
+    /// once, in bands, by any thread, and throws nothing. What is repeatable may be done apart: rows are then
+    /// only there while rowsFinished() sees them, and nothing is forgotten. Throws std::bad_alloc when the
+    /// pictures that are looked at find no memory; nothing is drawn then.
     template<typename RowsFinished>
-    void execute(const TargetView& target, CPictureStore& store, CThreadPool& pool, const RowKernels& kernels,
-                 WorkCounters& counters, RowsFinished rowsFinished) {
+    void execute(const TargetView& target, CBandRows* apart, CPictureStore& store, CThreadPool& pool,
+                 const RowKernels& kernels, WorkCounters& counters, RowsFinished rowsFinished) {
         begin(store, counters);
         // All passes band by band: what one leaves behind is still in the cache for what follows from it.
         std::atomic<std::uint64_t> cleared{0};
+        const auto executeTo = [&](const TargetView& rows, int band) noexcept {
+            cleared.fetch_add(executeBand(rows, band, store, kernels), std::memory_order_relaxed);
+            rowsFinished(rows, band * bandHeight, std::min((band + 1) * bandHeight, target.height));
+        };
         pool.run(bandCount(target.height), [&](int band) noexcept {
-            cleared.fetch_add(executeBand(target, band, store, kernels), std::memory_order_relaxed);
-            rowsFinished(band * bandHeight, std::min((band + 1) * bandHeight, target.height));
+            if (apart == nullptr) {
+                executeTo(target, band);
+            } else {
+                const CBandRows::CLoan loan(*apart);
+                executeTo(target.withBandAt(loan.rows(), band), band);
+            }
         });
         counters.pixelsCleared += cleared.load(std::memory_order_relaxed);
-        end();
+        end(apart != nullptr);
     }
 
 private:
@@ -83,14 +111,15 @@ private:
 
     static bool isByPositions(const Step& step);
     void begin(CPictureStore& store, WorkCounters& counters);
-    /// Forgets the passes, whose positions all bands have now.
-    void end() noexcept;
+    /// All bands have the positions of the passes now; those are forgotten unless they are to be repeated.
+    void end(bool isToBeRepeated) noexcept;
     /// The pixels that were cleared.
     std::uint64_t executeBand(const TargetView& target, int band, CPictureStore& store,
                               const RowKernels& kernels) const noexcept;
     std::uint64_t clearRow(const TargetView& target, int y, std::size_t step) const noexcept;
 
     std::vector<Step> m_steps;
+    bool m_isDone = false;
 };
 
 } // namespace tarvo::render::software

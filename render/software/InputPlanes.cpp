@@ -92,6 +92,14 @@ bool canBeLent(const SourceRows& source, std::size_t rowBytes, int rows) {
     return source.isLent && source.data != nullptr && source.rowBytes >= rowBytes && source.rowCount >= rows;
 }
 
+void CInputPlane::chooseMemory() noexcept {
+    RawRows& current = m_current.get() == &m_sets[0] ? m_sets[0] : m_sets[1];
+    RawRows& others = m_current.get() == &m_sets[0] ? m_sets[1] : m_sets[0];
+    if (others.shares() == 0 && others.bytes.data() == m_memory)
+        std::swap(current.bytes, others.bytes);
+    m_memory = current.bytes.data();
+}
+
 RawRows* CInputPlane::writable() {
     for (RawRows& rows : m_sets) {
         const int own = &rows == m_current.get() ? 1 : 0;

@@ -64,12 +64,16 @@ public:
     RawRows* writable();
     /// That of the two which is not the current one.
     const RawRows& other() const { return &m_sets[0] == m_current.get() ? m_sets[1] : m_sets[0]; }
+    /// Where the current rows, which are lent, will be kept: where the last ones were, if nobody looks at those
+    /// any more. The second set's memory is then never touched.
+    void chooseMemory() noexcept;
     void replaceWith(RawRows& rows) { m_current = CShare<RawRows>(rows); }
     std::array<RawRows, 2>& sets() { return m_sets; }
 
 private:
     std::array<RawRows, 2> m_sets;
     CShare<RawRows> m_current;
+    const std::uint8_t* m_memory = nullptr; ///< which rows were kept in the last time
 };
 
 } // namespace tarvo::render::software

@@ -11,10 +11,21 @@
 #include <new>
 
 namespace tarvo::render::software {
+namespace {
+
+MappedRows mapped(const TargetView& view) {
+    return {static_cast<const std::byte*>(static_cast<const void*>(view.pixels)),
+            static_cast<std::size_t>(view.pitch), view.width, view.height};
+}
+
+} // namespace
+
 struct CSoftwareDevice::Frame {
     Frame(const InputFormat& input, const OutputFormat& output, std::shared_ptr<CThreadPool> thePool,
           const MemorySource& memory)
-        : pool(std::move(thePool)), surfaces(input, output, memory), ranges(memory) {}
+        : pool(std::move(thePool)), surfaces(input, output, memory), ranges(memory),
+          bandRows(pool->threadCount(), static_cast<std::size_t>(surfaces.output().pitch) * bandHeight,
+                   memory) {}
 
     HRESULT find(const Pass& pass, QueuedDraw& draw, RasterKey& key,
                  std::span<const geometry::Vertex>& corners, std::span<const std::uint32_t>& corner) const;
@@ -26,7 +37,9 @@ struct CSoftwareDevice::Frame {
     std::shared_ptr<CThreadPool> pool;
     CSurfaces surfaces;
     CDrawnRanges ranges;
+    CBandRows bandRows;
     CDrawQueue queue;
+    bool isPictureInMemory = true; ///< of the output target
     WorkCounters counters;
     HRESULT failure = S_OK;               ///< of what was queued since the last read-back
     std::optional<ShaderProgram> program; ///< prepared
@@ -167,6 +180,11 @@ HRESULT CSoftwareDevice::upload(Surface surface, const SourceRows& rows) {
         if (rows.rowCount < 0 || isNowhere)
             return E_INVALIDARG;
         execute();
+        const HRESULT result = frame.surfaces.upload(surface, rows, *frame.pool);
+        if (result != E_FAIL || !frame.queue.canRepeat())
+            return result;
+        // What was handed over may look at the planes that are to be written.
+        settle();
         return frame.surfaces.upload(surface, rows, *frame.pool);
     });
 }
@@ -186,6 +204,8 @@ void CSoftwareDevice::clear(Surface target, const std::array<float, 4>& colour) 
     guarded([&](Frame& frame) -> HRESULT {
         const Bgra stored = storedColour({colour[0], colour[1], colour[2], colour[3]});
         if (target == Surface::outputTarget) {
+            if (frame.queue.canRepeat())
+                frame.ranges.release();
             frame.queue.clear(stored);
         } else if (target == Surface::conversionTarget) {
             frame.surfaces.fillConversionTarget(stored);
@@ -312,6 +332,8 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
     const bool isConversion = pass.target == Surface::conversionTarget;
     if (pass.program == ShaderProgram::vertex || (!isConversion && pass.target != Surface::outputTarget))
         return E_INVALIDARG;
+    if (!isConversion && frame.queue.canRepeat())
+        settle(); // the pass draws on it
     QueuedDraw draw;
     RasterKey key;
     std::span<const geometry::Vertex> corners;
@@ -322,7 +344,7 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
     const auto acquire = [&](const PositionKey& positions) {
         CDrawnRange* range = frame.ranges.acquire(key, positions, corners, corner);
         if (range == nullptr) {
-            execute(); // which ends all uses
+            settle(); // which ends all uses
             range = frame.ranges.acquire(key, positions, corners, corner);
         }
         return range;
@@ -347,11 +369,12 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
         return S_OK;
     }
     if (pass.textures[0] == Surface::outputTarget)
-        execute();
+        settle();
     const TargetView target = frame.surfaces.drawableConversionTarget(*frame.pool);
     CDrawQueue now;
     now.add(std::move(draw));
-    now.execute(target, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters, [](int, int) {});
+    now.execute(target, nullptr, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters,
+                [](const TargetView&, int, int) {});
     return S_OK;
 }
 
@@ -386,7 +409,7 @@ void CSoftwareDevice::copy(Surface from, Surface to) {
         if (!box || box != frame.surfaces.boxOf(to))
             return E_INVALIDARG;
         if (from == Surface::outputTarget || to == Surface::outputTarget)
-            execute();
+            settle();
         return frame.surfaces.copy(from, *box, to, *frame.pool, frame.counters);
     });
 }
@@ -394,34 +417,39 @@ void CSoftwareDevice::copy(Surface from, Surface to) {
 void CSoftwareDevice::copyBox(Surface from, const geometry::PixelBox& box, Surface to) {
     guarded([&](Frame& frame) -> HRESULT {
         if (from == Surface::outputTarget || to == Surface::outputTarget)
-            execute();
+            settle();
         return frame.surfaces.copy(from, box, to, *frame.pool, frame.counters);
     });
-}
-
-MappedRows CSoftwareDevice::mappedOutput() const {
-    const TargetView& view = m_frame->surfaces.output();
-    return {static_cast<const std::byte*>(static_cast<const void*>(view.pixels)),
-            static_cast<std::size_t>(view.pitch), view.width, view.height};
 }
 
 HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
     Frame& frame = *m_frame;
     HRESULT result = S_OK;
-    if (!frame.queue.isEmpty()) {
+    if (frame.queue.hasWork()) {
+        const bool isApart = observer != nullptr && observer->takesRowsAlone() && frame.queue.isRepeatable();
         try {
-            const MappedRows picture = mappedOutput();
-            frame.queue.execute(frame.surfaces.output(), frame.surfaces.store(), *frame.pool, rowKernels(),
-                                frame.counters, [&](int first, int end) {
+            frame.queue.execute(frame.surfaces.output(), isApart ? &frame.bandRows : nullptr,
+                                frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters,
+                                [&](const TargetView& rows, int first, int end) {
                                     if (observer != nullptr)
-                                        observer->rowsFinished(picture, first, end);
+                                        observer->rowsFinished(mapped(rows), first, end);
                                 });
+            frame.isPictureInMemory = !isApart;
         } catch (...) {
             frame.failure = result = failed(E_OUTOFMEMORY, __LINE__);
         }
     }
-    frame.ranges.release();
+    if (!frame.queue.canRepeat())
+        frame.ranges.release();
     return result;
+}
+
+HRESULT CSoftwareDevice::settle() noexcept {
+    const HRESULT result = execute();
+    if (FAILED(result) || !m_frame->queue.canRepeat())
+        return result;
+    m_frame->queue.repeat();
+    return execute();
 }
 
 void CSoftwareDevice::flush() {
@@ -430,10 +458,20 @@ void CSoftwareDevice::flush() {
 
 HRESULT CSoftwareDevice::readBack(IMappedRowsVisitor& visitor) {
     return guarded([&](Frame& frame) -> HRESULT {
+        const bool isDrawnNow = frame.queue.hasWork();
         execute(&visitor);
+        const bool isHandedOver = isDrawnNow && frame.queue.canRepeat();
+        if (!isHandedOver)
+            settle();
         if (FAILED(frame.failure))
             return std::exchange(frame.failure, S_OK);
-        return visitor.visit(mappedOutput());
+        MappedRows rows = mapped(frame.surfaces.output());
+        if (isHandedOver) {
+            rows.data = nullptr;
+        } else if (!frame.isPictureInMemory) {
+            return E_FAIL; // it was handed over, and the next one could not be drawn
+        }
+        return visitor.visit(rows);
     });
 }
 

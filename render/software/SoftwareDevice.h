@@ -16,7 +16,8 @@ namespace tarvo::render::software {
 ///
 /// What is asked of the output is queued and done at readBack(), or before what it looks at changes; what is
 /// asked of the surfaces of the input's side is only noted, and done for those tiles which the output looks
-/// at. Once the largest frame has gone through, a frame allocates nothing. Nothing that a verb throws inside
+/// at. What a reader takes row by row is handed over and drawn again should somebody else ask for it. Once
+/// the largest frame has gone through, a frame allocates nothing. Nothing that a verb throws inside
 /// comes out: without memory it answers E_OUTOFMEMORY, and the verbs without an answer leave the surface as
 /// it was.
 class CSoftwareDevice final : public IRenderDevice {
@@ -70,7 +71,8 @@ private:
     bool note(const Pass& pass, const QueuedDraw& draw, const CRaster& raster);
     /// `observer` is told of rows as they are finished.
     HRESULT execute(IMappedRowsVisitor* observer = nullptr) noexcept;
-    MappedRows mappedOutput() const;
+    /// The same, and brings into memory what was only handed over.
+    HRESULT settle() noexcept;
 
     diagnostics::ObjectLog m_log;
     std::shared_ptr<CThreadPool> m_givenPool;

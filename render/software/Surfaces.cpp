@@ -261,6 +261,10 @@ void CSurfaces::keepInput(CThreadPool& pool, CopyBytes copyBytes) noexcept {
     const auto isLent = [this](std::size_t index) {
         return m_planes[index] != nullptr && m_planes[index]->current()->isLent();
     };
+    for (std::size_t i = 0; i < m_planes.size(); ++i) {
+        if (isLent(i))
+            m_planes[i]->chooseMemory();
+    }
     if (isLent(0) && isLent(1) && isLent(2))
         keepPlanes(m_converted.get(), pool, copyBytes);
     if (isLent(packedPlane))

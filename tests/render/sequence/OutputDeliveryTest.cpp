@@ -301,6 +301,7 @@ TEST_F(OutputDeliveryTest, rowsHandedOverAsTheyAreFinishedMakeTheSameFrame) {
             // Nothing is left to do then: what happens to the frame in between stays.
             std::fill(actual.begin(), actual.end(), guard);
             EXPECT_EQ(delivery.visit(rows), S_OK);
+            EXPECT_EQ(delivery.visit({nullptr, rows.pitchBytes, width, height}), S_OK);
             EXPECT_TRUE(isUntouched(actual));
         }
     }
@@ -315,8 +316,15 @@ TEST_F(OutputDeliveryTest, rowsOfAFrameThatCannotBeDeliveredStayWhereTheyAre) {
         const MappedRows rows{picture.data(), 64, 16, 32};
         inBands(delivery, rows, 16);
         EXPECT_EQ(delivery.visit(rows), E_FAIL);
+        EXPECT_EQ(delivery.visit({nullptr, 64, 16, 32}), E_FAIL);
         EXPECT_TRUE(isUntouched(tooShort));
     }
+}
+
+TEST_F(OutputDeliveryTest, anObserverNeedsMoreThanTheRows) {
+    const OutputFormat format{PixelFormat::rgb32, 4, 2, 16, false};
+    EXPECT_TRUE(COutputDelivery(format, {}, nullptr, objectLog).takesRowsAlone());
+    EXPECT_FALSE(COutputDelivery(format, {}, &watching, objectLog).takesRowsAlone());
 }
 
 } // namespace

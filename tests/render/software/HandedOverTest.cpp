@@ -1,0 +1,268 @@
+#include "tests/render/software/CountedMemory.h"
+#include "tests/render/software/SoftwareDeviceFixture.h"
+#include "tests/support/AllocationCount.h"
+
+#include <mutex>
+
+namespace tarvo::render::software {
+namespace {
+
+constexpr int width = 320;
+constexpr int height = 240;
+constexpr int outputWidth = 200;
+constexpr int outputHeight = 150; // the last band has six rows
+
+/// Takes rows as they are finished.
+struct CRowsTaken : IMappedRowsVisitor {
+    Picture picture{outputWidth, outputHeight};
+    std::vector<int> visits = std::vector<int>(outputHeight);
+    bool hasSeenPixels = false;
+    bool takesAlone = true;
+    HRESULT result = S_OK;
+    std::mutex lock;
+
+    bool takesRowsAlone() const override { return takesAlone; }
+    void rowsFinished(const MappedRows& rows, int first, int end) noexcept override {
+        const std::lock_guard guard(lock);
+        for (int y = first; y < end; ++y) {
+            ++visits[static_cast<std::size_t>(y)];
+            std::memcpy(&picture.at(0, y), rows.data + static_cast<std::size_t>(y) * rows.pitchBytes,
+                        outputWidth * 4U);
+        }
+    }
+    HRESULT visit(const MappedRows& rows) override {
+        EXPECT_EQ(rows.width, outputWidth);
+        EXPECT_EQ(rows.height, outputHeight);
+        hasSeenPixels = rows.data != nullptr;
+        return result;
+    }
+};
+
+/// A device whose rows are handed over, beside one that draws the same into memory.
+class HandedOver : public SoftwareDevice {
+protected:
+    void SetUp() override {
+        openFor(PixelFormat::yv12, width, height, outputWidth, outputHeight);
+        ASSERT_EQ(
+            plainDevice.open(inputOf(PixelFormat::yv12, width, height), outputOf(outputWidth, outputHeight)),
+            S_OK);
+        ASSERT_EQ(plainDevice.geometry(quads(), {}), S_OK);
+    }
+
+    static void upload(IRenderDevice& target, unsigned seed) {
+        Yv12Frame(width, height, seed).uploadTo(target);
+    }
+    /// Two views, the second one over a quarter of the first.
+    static void draw(IRenderDevice& target, float turn) {
+        target.clear(Surface::outputTarget, greyClear);
+        for (const int quad : {0, 8}) {
+            const DewarpConstants constants =
+                singleViewConstants(width, height, 0.2F, turn + static_cast<float>(quad));
+            EXPECT_EQ(target.prepare(ShaderProgram::singleView, ConstantSlot::dewarp, recordBytes(constants)),
+                      S_OK);
+            Pass pass = passOf(ShaderProgram::singleView, Surface::inputPicture, quadRange(quad));
+            pass.constantSlot = ConstantSlot::dewarp;
+            pass.constants = recordBytes(constants);
+            EXPECT_EQ(target.draw(pass), S_OK);
+        }
+    }
+    void frame(unsigned seed, float turn) {
+        for (IRenderDevice* const each :
+             {static_cast<IRenderDevice*>(&device), static_cast<IRenderDevice*>(&plainDevice)}) {
+            upload(*each, seed);
+            convertYv12(*each);
+            draw(*each, turn);
+        }
+    }
+    /// Hands a frame over; the picture, which is the plain device's.
+    Picture handOver(unsigned seed, float turn) {
+        frame(seed, turn);
+        CRowsTaken taken;
+        EXPECT_EQ(device.readBack(taken), S_OK);
+        EXPECT_FALSE(taken.hasSeenPixels);
+        EXPECT_EQ(taken.visits, std::vector<int>(outputHeight, 1));
+        const Picture expected = outputOf(plainDevice);
+        EXPECT_EQ(taken.picture.pixels, expected.pixels);
+        return expected;
+    }
+
+    CSoftwareDevice plainDevice{diagnostics::ObjectLog{log, 8}};
+};
+
+TEST_F(HandedOver, RowsAreThoseOfThePicture) {
+    for (unsigned seed = 1; seed < 6; ++seed)
+        handOver(seed * 3, static_cast<float>(seed / 2));
+}
+
+TEST_F(HandedOver, TheResultIsTheReaders) {
+    frame(1, 0.0F);
+    CRowsTaken taken;
+    taken.result = E_ABORT;
+    EXPECT_EQ(device.readBack(taken), E_ABORT);
+}
+
+TEST_F(HandedOver, WhoWantsThePictureHasItInMemory) {
+    frame(1, 0.0F);
+    CRowsTaken taken;
+    taken.takesAlone = false;
+    EXPECT_EQ(device.readBack(taken), S_OK);
+    EXPECT_TRUE(taken.hasSeenPixels);
+    EXPECT_EQ(taken.picture.pixels, outputOf(plainDevice).pixels);
+}
+
+TEST_F(HandedOver, IsDrawnAgainForWhoAsksLater) {
+    const Picture expected = handOver(1, 0.5F);
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+    const WorkCounters before = device.counters();
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+    EXPECT_EQ(device.counters().pixelsCleared, before.pixelsCleared) << "once is enough";
+    // And nothing is told row by row that was not drawn.
+    CRowsTaken taken;
+    EXPECT_EQ(device.readBack(taken), S_OK);
+    EXPECT_TRUE(taken.hasSeenPixels);
+    EXPECT_EQ(taken.visits, std::vector<int>(outputHeight, 0));
+}
+
+TEST_F(HandedOver, OutlastsTheLoanOfItsFrame) {
+    upload(plainDevice, 4);
+    convertYv12(plainDevice);
+    draw(plainDevice, 1.0F);
+    const Picture expected = outputOf(plainDevice);
+
+    Yv12Frame lent(width, height, 4);
+    const auto lend = [&](Surface surface, std::vector<std::uint8_t>& plane, int columns, int rows) {
+        SourceRows source = rowsOf(plane.data(), static_cast<std::size_t>(columns), rows);
+        source.isLent = true;
+        EXPECT_EQ(device.upload(surface, source), S_OK);
+    };
+    lend(Surface::yPlane, lent.y, width, height);
+    lend(Surface::crPlane, lent.cr, width / 2, height / 2);
+    lend(Surface::cbPlane, lent.cb, width / 2, height / 2);
+    convertYv12(device);
+    draw(device, 1.0F);
+    CRowsTaken taken;
+    EXPECT_EQ(device.readBack(taken), S_OK);
+    EXPECT_EQ(taken.picture.pixels, expected.pixels);
+    device.keepInput();
+    for (auto* const plane : {&lent.y, &lent.cr, &lent.cb})
+        std::fill(plane->begin(), plane->end(), std::uint8_t{0xEE});
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+}
+
+TEST_F(HandedOver, OutlastsFramesThatAreNotDrawn) {
+    const Picture expected = handOver(1, 0.5F);
+    // Converted or not: its own planes are the only ones that must not be written to.
+    for (unsigned seed = 2; seed < 9; ++seed) {
+        upload(device, seed * 5);
+        if (seed % 2 == 0)
+            convertYv12(device);
+    }
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+}
+
+TEST_F(HandedOver, IsThereForWhatIsDrawnUponIt) {
+    Picture expected = handOver(1, 0.5F);
+    ASSERT_EQ(drawCopy(Surface::inputPicture, 4), S_OK);
+    ASSERT_EQ(plainDevice.draw(passOf(ShaderProgram::plainCopy, Surface::inputPicture, quadRange(4))), S_OK);
+    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+    EXPECT_NE(outputOf(device).pixels, expected.pixels);
+}
+
+TEST_F(HandedOver, IsThereForCopies) {
+    const geometry::PixelBox area{0, 0, outputWidth, outputHeight};
+    ASSERT_EQ(device.geometry(quads(), {{}, area}), S_OK);
+    const Picture expected = handOver(1, 0.5F);
+    device.copyBox(Surface::outputTarget, area, Surface::excludeArea);
+    device.clear(Surface::outputTarget, greyClear);
+    ASSERT_EQ(drawCopy(Surface::excludeArea), S_OK);
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+}
+
+TEST_F(HandedOver, IsNotConfusedByManyOtherRanges) {
+    const Picture expected = handOver(1, 0.5F);
+    // More conversions with vertices of their own than ranges are kept.
+    for (int i = 0; i < 40; ++i) {
+        geometry::ViewVertices vertices = quads();
+        putQuad(std::span(vertices).subspan(44, 4), -1, -1, 1, 1.0F - 0.01F * static_cast<float>(i));
+        ASSERT_EQ(device.geometry(vertices, {}), S_OK);
+        ASSERT_EQ(device.draw(yv12Pass()), S_OK);
+    }
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+}
+
+TEST_F(HandedOver, PixelsThatCameAsSuchAreNotHandedOver) {
+    openFor(PixelFormat::rgb32, width, height, outputWidth, outputHeight);
+    const Picture input = noisePicture(width, height, 3);
+    ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(input)), S_OK);
+    draw(device, 0.3F);
+    CRowsTaken taken;
+    EXPECT_EQ(device.readBack(taken), S_OK);
+    EXPECT_TRUE(taken.hasSeenPixels);
+    EXPECT_EQ(outputOf(device).pixels, taken.picture.pixels);
+}
+
+TEST_F(HandedOver, WithoutMemoryForTheNextFrameThereIsNone) {
+    const CountedMemory counted;
+    CSoftwareDevice poor(diagnostics::ObjectLog{log, 9}, nullptr, CountedMemory::source);
+    ASSERT_EQ(poor.open(inputOf(PixelFormat::yv12, width, height), outputOf(outputWidth, outputHeight)),
+              S_OK);
+    ASSERT_EQ(poor.geometry(quads(), {{}, {0, 0, 64, 48}}), S_OK);
+    const auto mask = [&](Surface source, float side) {
+        const ExcludeConstants constants{{0.0F, 0.0F, side, side}};
+        Pass pass = passOf(ShaderProgram::excludeRegion, source, quadRange(geometry::quad::fullTarget));
+        pass.target = Surface::conversionTarget;
+        pass.constantSlot = ConstantSlot::exclude;
+        pass.constants = recordBytes(constants);
+        EXPECT_EQ(poor.draw(pass), S_OK);
+    };
+    // Looks at four pictures; there is memory for three.
+    const auto drawMany = [&] {
+        upload(poor, 2);
+        convertYv12(poor);
+        mask(Surface::inputPicture, 0.2F);
+        poor.copy(Surface::conversionTarget, Surface::maskedInput);
+        mask(Surface::maskedInput, 0.3F);
+        poor.clear(Surface::outputTarget, greyClear);
+        for (const Surface surface :
+             {Surface::inputPicture, Surface::maskedInput, Surface::conversionTarget, Surface::excludeArea})
+            EXPECT_EQ(poor.draw(passOf(ShaderProgram::plainCopy, surface, quadRange(0))), S_OK);
+    };
+    upload(poor, 1);
+    convertYv12(poor);
+    draw(poor, 0.0F);
+    CRowsTaken taken;
+    ASSERT_EQ(poor.readBack(taken), S_OK);
+    ASSERT_FALSE(taken.hasSeenPixels);
+
+    drawMany();
+    CountedMemory::limit = 0;
+    EXPECT_EQ(poor.readBack(taken), E_OUTOFMEMORY);
+    EXPECT_EQ(poor.readBack(taken), E_FAIL) << "the frame before was handed over and is gone";
+    CountedMemory::limit = 1 << 30;
+    drawMany();
+    EXPECT_EQ(poor.readBack(taken), S_OK);
+    EXPECT_EQ(outputOf(poor).pixels, taken.picture.pixels);
+}
+
+TEST_F(HandedOver, FramesAllocateNothing) {
+    const Yv12Frame input(width, height, 1);
+    const DewarpConstants constants = singleViewConstants(width, height, 0.2F, 1.0F);
+    CRowsTaken taken;
+    const auto once = [&] {
+        input.uploadTo(device);
+        convertYv12(device);
+        device.clear(Surface::outputTarget, greyClear);
+        EXPECT_EQ(drawView(constants, 0), S_OK);
+        EXPECT_EQ(device.readBack(taken), S_OK);
+    };
+    for (int i = 0; i < 4; ++i)
+        once();
+    const int before = tests::allocationCount();
+    for (int i = 0; i < 4; ++i)
+        once();
+    EXPECT_EQ(tests::allocationCount(), before);
+    EXPECT_FALSE(taken.hasSeenPixels);
+}
+
+} // namespace
+} // namespace tarvo::render::software
