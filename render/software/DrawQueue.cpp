@@ -144,14 +144,14 @@ bool CDrawQueue::isByPositions(const Step& step) {
 }
 
 bool CDrawQueue::isRepeatable() const {
-    // Tables are overwritten in place, as are pixels that came as such. Planes may be kept only in part.
+    // Tables are overwritten in place, planes may be kept only in part, and to hold on to pixels that came as
+    // such would cost a second picture.
     const auto isLasting = [](const Step& step) {
         const QueuedDraw& draw = step.draw;
         return step.isClear || (draw.pixels == nullptr && !draw.planes[0] && !draw.tables.isThere() &&
                                 !(draw.picture && draw.picture->isStored()));
     };
-    return !m_steps.empty() && m_steps.front().isClear &&
-           std::all_of(m_steps.begin(), m_steps.end(), isLasting);
+    return beginsWithClear() && std::all_of(m_steps.begin(), m_steps.end(), isLasting);
 }
 
 void CDrawQueue::clear(Bgra colour) {
@@ -184,7 +184,7 @@ void CDrawQueue::end(bool isToBeRepeated) noexcept {
             step.draw.range->markEvaluated();
     }
     if (isToBeRepeated) {
-        m_isDone = true;
+        m_isDoneApart = true;
     } else {
         drop();
     }

@@ -59,27 +59,28 @@ class CDrawQueue {
 public:
     CDrawQueue() { m_steps.reserve(32); }
 
-    bool hasWork() const { return !m_steps.empty() && !m_isDone; }
+    bool hasWork() const { return !m_steps.empty() && !m_isDoneApart; }
     /// Makes everything asked before superfluous.
     void clear(Bgra colour);
     /// Not while there is something to repeat. Throws std::bad_alloc.
     void add(QueuedDraw draw);
     void drop() {
         m_steps.clear();
-        m_isDone = false;
+        m_isDoneApart = false;
     }
 
-    /// Whether what is asked depends neither on what the target held nor on pixels that the next frame
-    /// replaces, so that it can be done twice.
+    /// Whether nothing depends on what the target held.
+    bool beginsWithClear() const { return !m_steps.empty() && m_steps.front().isClear; }
+    /// Whether it can be done apart, and then again.
     bool isRepeatable() const;
-    /// Whether it was done apart and can be done again, until it is cleared; `repeat()` asks for that.
-    bool canRepeat() const { return m_isDone; }
-    void repeat() { m_isDone = false; }
+    /// Whether it was done apart and can be asked for again, until it is cleared.
+    bool canRepeat() const { return m_isDoneApart; }
+    void askAgain() { m_isDoneApart = false; }
 
-    /// Does it all, and forgets it whatever happens. `rowsFinished(rows, first, end)` is told about every row
-    /// once, in bands, by any thread, and throws nothing. What is repeatable may be done apart: rows are then
-    /// only there while rowsFinished() sees them, and nothing is forgotten. Throws std::bad_alloc when the
-    /// pictures that are looked at find no memory; nothing is drawn then.
+    /// Does it all and forgets it, unless it is done apart. `rowsFinished(rows, first, end)` is told about
+    /// every row once, in bands, by any thread, and throws nothing. Rows that are done apart are only there
+    /// while rowsFinished() sees them. Throws std::bad_alloc when the pictures that are looked at find no
+    /// memory; nothing is drawn then, and all is forgotten.
     template<typename RowsFinished>
     void execute(const TargetView& target, CBandRows* apart, CPictureStore& store, CThreadPool& pool,
                  const RowKernels& kernels, WorkCounters& counters, RowsFinished rowsFinished) {
@@ -119,7 +120,7 @@ private:
     std::uint64_t clearRow(const TargetView& target, int y, std::size_t step) const noexcept;
 
     std::vector<Step> m_steps;
-    bool m_isDone = false;
+    bool m_isDoneApart = false;
 };
 
 } // namespace tarvo::render::software

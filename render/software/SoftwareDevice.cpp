@@ -193,7 +193,7 @@ void CSoftwareDevice::keepInput() {
     if (!isOpen())
         return;
     execute(); // queued passes still look at the lender's memory
-    // All devices of the process share their threads. The frames of a few find room in the caches until they
+    // About as many devices as share these threads. The frames of a few find room in the caches until they
     // are overwritten; those of many would only displace each other.
     constexpr long many = 3;
     const bool isOneOfMany = m_frame->pool.use_count() >= many;
@@ -368,8 +368,10 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
         frame.queue.add(std::move(draw));
         return S_OK;
     }
-    if (pass.textures[0] == Surface::outputTarget)
-        settle();
+    if (pass.textures[0] == Surface::outputTarget) {
+        if (const HRESULT result = settle(); FAILED(result))
+            return result;
+    }
     const TargetView target = frame.surfaces.drawableConversionTarget(*frame.pool);
     CDrawQueue now;
     now.add(std::move(draw));
@@ -408,24 +410,35 @@ void CSoftwareDevice::copy(Surface from, Surface to) {
         const std::optional<geometry::PixelBox> box = frame.surfaces.boxOf(from);
         if (!box || box != frame.surfaces.boxOf(to))
             return E_INVALIDARG;
-        if (from == Surface::outputTarget || to == Surface::outputTarget)
-            settle();
-        return frame.surfaces.copy(from, *box, to, *frame.pool, frame.counters);
+        return copyPixels(from, *box, to);
     });
 }
 
 void CSoftwareDevice::copyBox(Surface from, const geometry::PixelBox& box, Surface to) {
-    guarded([&](Frame& frame) -> HRESULT {
-        if (from == Surface::outputTarget || to == Surface::outputTarget)
-            settle();
-        return frame.surfaces.copy(from, box, to, *frame.pool, frame.counters);
-    });
+    guarded([&](Frame&) { return copyPixels(from, box, to); });
+}
+
+HRESULT CSoftwareDevice::copyPixels(Surface from, const geometry::PixelBox& box, Surface to) {
+    Frame& frame = *m_frame;
+    const bool isToOutput = to == Surface::outputTarget;
+    if (from == Surface::outputTarget || isToOutput) {
+        const HRESULT result = settle();
+        if (FAILED(result) && !isToOutput)
+            return result;
+    }
+    const HRESULT result = frame.surfaces.copy(from, box, to, *frame.pool, frame.counters);
+    const TargetView& output = frame.surfaces.output();
+    if (SUCCEEDED(result) && isToOutput && box.width() == output.width && box.height() == output.height)
+        frame.isPictureInMemory = true;
+    return result;
 }
 
 HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
     Frame& frame = *m_frame;
     HRESULT result = S_OK;
     if (frame.queue.hasWork()) {
+        // Drawn upon a picture that is lost, it is lost as well.
+        const bool isWhole = frame.isPictureInMemory || frame.queue.beginsWithClear();
         const bool isApart = observer != nullptr && observer->takesRowsAlone() && frame.queue.isRepeatable();
         try {
             frame.queue.execute(frame.surfaces.output(), isApart ? &frame.bandRows : nullptr,
@@ -434,7 +447,7 @@ HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
                                     if (observer != nullptr)
                                         observer->rowsFinished(mapped(rows), first, end);
                                 });
-            frame.isPictureInMemory = !isApart;
+            frame.isPictureInMemory = !isApart && isWhole;
         } catch (...) {
             frame.failure = result = failed(E_OUTOFMEMORY, __LINE__);
         }
@@ -445,11 +458,12 @@ HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
 }
 
 HRESULT CSoftwareDevice::settle() noexcept {
-    const HRESULT result = execute();
-    if (FAILED(result) || !m_frame->queue.canRepeat())
-        return result;
-    m_frame->queue.repeat();
-    return execute();
+    HRESULT result = execute();
+    if (SUCCEEDED(result) && m_frame->queue.canRepeat()) {
+        m_frame->queue.askAgain();
+        result = execute();
+    }
+    return FAILED(result) || m_frame->isPictureInMemory ? result : E_FAIL;
 }
 
 void CSoftwareDevice::flush() {

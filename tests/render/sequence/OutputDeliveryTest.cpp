@@ -316,8 +316,16 @@ TEST_F(OutputDeliveryTest, rowsOfAFrameThatCannotBeDeliveredStayWhereTheyAre) {
         const MappedRows rows{picture.data(), 64, 16, 32};
         inBands(delivery, rows, 16);
         EXPECT_EQ(delivery.visit(rows), E_FAIL);
-        EXPECT_EQ(delivery.visit({nullptr, 64, 16, 32}), E_FAIL);
         EXPECT_TRUE(isUntouched(tooShort));
+    }
+}
+
+TEST_F(OutputDeliveryTest, aPictureWithoutPixelsThatWasNotHandedOverIsRefused) {
+    for (const PixelFormat pixels : {PixelFormat::rgb32, PixelFormat::yv12}) {
+        const OutputFormat format{pixels, 16, 32, pixels == PixelFormat::yv12 ? 16U : 64U, false};
+        std::vector<std::byte> output(16 * 32 * 4, guard);
+        EXPECT_EQ(COutputDelivery(format, output, observer, objectLog).visit({nullptr, 64, 16, 32}), E_FAIL);
+        EXPECT_TRUE(isUntouched(output));
     }
 }
 

@@ -2,6 +2,7 @@
 #include "tests/render/software/SoftwareDeviceFixture.h"
 #include "tests/support/AllocationCount.h"
 
+#include <initializer_list>
 #include <mutex>
 
 namespace tarvo::render::software {
@@ -53,9 +54,9 @@ protected:
         Yv12Frame(width, height, seed).uploadTo(target);
     }
     /// Two views, the second one over a quarter of the first.
-    static void draw(IRenderDevice& target, float turn) {
+    static void draw(IRenderDevice& target, float turn, std::initializer_list<int> quads = {0, 8}) {
         target.clear(Surface::outputTarget, greyClear);
-        for (const int quad : {0, 8}) {
+        for (const int quad : quads) {
             const DewarpConstants constants =
                 singleViewConstants(width, height, 0.2F, turn + static_cast<float>(quad));
             EXPECT_EQ(target.prepare(ShaderProgram::singleView, ConstantSlot::dewarp, recordBytes(constants)),
@@ -111,13 +112,25 @@ TEST_F(HandedOver, WhoWantsThePictureHasItInMemory) {
 }
 
 TEST_F(HandedOver, IsDrawnAgainForWhoAsksLater) {
-    const Picture expected = handOver(1, 0.5F);
-    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
-    const WorkCounters before = device.counters();
-    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
-    EXPECT_EQ(device.counters().pixelsCleared, before.pixelsCleared) << "once is enough";
-    // And nothing is told row by row that was not drawn.
+    // Two quarters are left to the clear, which counts.
+    constexpr auto half = std::uint64_t{outputWidth} * outputHeight / 2;
+    for (IRenderDevice* const each :
+         {static_cast<IRenderDevice*>(&device), static_cast<IRenderDevice*>(&plainDevice)}) {
+        upload(*each, 1);
+        convertYv12(*each);
+        draw(*each, 0.5F, {4, 8});
+    }
     CRowsTaken taken;
+    EXPECT_EQ(device.readBack(taken), S_OK);
+    EXPECT_EQ(device.counters().pixelsCleared, half);
+    const Picture expected = outputOf(plainDevice);
+    EXPECT_EQ(taken.picture.pixels, expected.pixels);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+        EXPECT_EQ(device.counters().pixelsCleared, 2 * half) << "once is enough";
+    }
+    // And nothing is told row by row that was not drawn.
+    std::fill(taken.visits.begin(), taken.visits.end(), 0);
     EXPECT_EQ(device.readBack(taken), S_OK);
     EXPECT_TRUE(taken.hasSeenPixels);
     EXPECT_EQ(taken.visits, std::vector<int>(outputHeight, 0));
@@ -239,28 +252,48 @@ TEST_F(HandedOver, WithoutMemoryForTheNextFrameThereIsNone) {
     EXPECT_EQ(poor.readBack(taken), E_OUTOFMEMORY);
     EXPECT_EQ(poor.readBack(taken), E_FAIL) << "the frame before was handed over and is gone";
     CountedMemory::limit = 1 << 30;
+    // Nor is there one to draw upon or to copy from.
+    EXPECT_EQ(poor.draw(passOf(ShaderProgram::plainCopy, Surface::inputPicture, quadRange(4))), S_OK);
+    EXPECT_EQ(poor.readBack(taken), E_FAIL);
+    Pass pass = passOf(ShaderProgram::plainCopy, Surface::outputTarget, quadRange(0));
+    pass.target = Surface::conversionTarget;
+    EXPECT_EQ(poor.draw(pass), E_FAIL);
+    // Until all of it is replaced.
+    poor.copyBox(Surface::inputPicture, {0, 0, outputWidth, outputHeight - 1}, Surface::outputTarget);
+    EXPECT_EQ(poor.readBack(taken), E_FAIL);
+    poor.copyBox(Surface::inputPicture, {0, 0, outputWidth, outputHeight}, Surface::outputTarget);
+    EXPECT_EQ(poor.readBack(taken), S_OK);
+    const Bgra shown = outputOf(poor).at(100, 70);
+    EXPECT_LE(largestDifference(shown, Yv12Frame(width, height, 2).pixelAt(100, 70)), 1);
+
     drawMany();
     EXPECT_EQ(poor.readBack(taken), S_OK);
     EXPECT_EQ(outputOf(poor).pixels, taken.picture.pixels);
 }
 
 TEST_F(HandedOver, FramesAllocateNothing) {
+    const CountedMemory counted;
+    CSoftwareDevice counting(diagnostics::ObjectLog{log, 9}, nullptr, CountedMemory::source);
+    ASSERT_EQ(counting.open(inputOf(PixelFormat::yv12, width, height), outputOf(outputWidth, outputHeight)),
+              S_OK);
+    ASSERT_EQ(counting.geometry(quads(), {}), S_OK);
     const Yv12Frame input(width, height, 1);
-    const DewarpConstants constants = singleViewConstants(width, height, 0.2F, 1.0F);
+    float turn = 0.0F;
     CRowsTaken taken;
     const auto once = [&] {
-        input.uploadTo(device);
-        convertYv12(device);
-        device.clear(Surface::outputTarget, greyClear);
-        EXPECT_EQ(drawView(constants, 0), S_OK);
-        EXPECT_EQ(device.readBack(taken), S_OK);
+        input.uploadTo(counting);
+        convertYv12(counting);
+        draw(counting, turn += 0.1F);
+        EXPECT_EQ(counting.readBack(taken), S_OK);
     };
     for (int i = 0; i < 4; ++i)
         once();
     const int before = tests::allocationCount();
+    const int blocks = CountedMemory::taken;
     for (int i = 0; i < 4; ++i)
         once();
     EXPECT_EQ(tests::allocationCount(), before);
+    EXPECT_EQ(CountedMemory::taken, blocks);
     EXPECT_FALSE(taken.hasSeenPixels);
 }
 

@@ -40,7 +40,11 @@ TEST(InputPlanes, FramesThatNobodyLooksAtAnyMoreMakeRoomForTheNext) {
     const std::uint8_t* memory = nullptr;
     for (int value = 1; value < 5; ++value) {
         const Frame frame = frameOf(value);
+        // A picture shows the frame before until this one is there.
+        CShare<RawRows> shown = plane.current();
         lend(plane, frame);
+        ASSERT_NE(plane.current().get(), shown.get());
+        shown = {};
         const std::uint8_t* const kept = keep(plane);
         EXPECT_EQ(kept[0], value);
         EXPECT_EQ(kept[(rowCount - 1) * plane.current()->step() + 99], value);
