@@ -44,10 +44,13 @@ class HandedOver : public SoftwareDevice {
 protected:
     void SetUp() override {
         openFor(PixelFormat::yv12, width, height, outputWidth, outputHeight);
-        ASSERT_EQ(
-            plainDevice.open(inputOf(PixelFormat::yv12, width, height), outputOf(outputWidth, outputHeight)),
-            S_OK);
-        ASSERT_EQ(plainDevice.geometry(quads(), {}), S_OK);
+        openLikewise(plainDevice);
+    }
+
+    static void openLikewise(CSoftwareDevice& other, const geometry::PixelBox& area = {}) {
+        ASSERT_EQ(other.open(inputOf(PixelFormat::yv12, width, height), outputOf(outputWidth, outputHeight)),
+                  S_OK);
+        ASSERT_EQ(other.geometry(quads(), {{}, area}), S_OK);
     }
 
     static void upload(IRenderDevice& target, unsigned seed) {
@@ -217,9 +220,7 @@ TEST_F(HandedOver, PixelsThatCameAsSuchAreNotHandedOver) {
 TEST_F(HandedOver, WithoutMemoryForTheNextFrameThereIsNone) {
     const CountedMemory counted;
     CSoftwareDevice poor(diagnostics::ObjectLog{log, 9}, nullptr, CountedMemory::source);
-    ASSERT_EQ(poor.open(inputOf(PixelFormat::yv12, width, height), outputOf(outputWidth, outputHeight)),
-              S_OK);
-    ASSERT_EQ(poor.geometry(quads(), {{}, {0, 0, 64, 48}}), S_OK);
+    openLikewise(poor, {0, 0, 64, 48});
     const auto mask = [&](Surface source, float side) {
         const ExcludeConstants constants{{0.0F, 0.0F, side, side}};
         Pass pass = passOf(ShaderProgram::excludeRegion, source, quadRange(geometry::quad::fullTarget));
@@ -274,9 +275,7 @@ TEST_F(HandedOver, WithoutMemoryForTheNextFrameThereIsNone) {
 TEST_F(HandedOver, FramesAllocateNothing) {
     const CountedMemory counted;
     CSoftwareDevice counting(diagnostics::ObjectLog{log, 9}, nullptr, CountedMemory::source);
-    ASSERT_EQ(counting.open(inputOf(PixelFormat::yv12, width, height), outputOf(outputWidth, outputHeight)),
-              S_OK);
-    ASSERT_EQ(counting.geometry(quads(), {}), S_OK);
+    openLikewise(counting);
     const Yv12Frame input(width, height, 1);
     float turn = 0.0F;
     CRowsTaken taken;
