@@ -298,7 +298,9 @@ HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
     if (frame.queue.hasWork()) {
         // Drawn upon a picture that is lost, it is lost as well.
         const bool isWhole = frame.isPictureInMemory || frame.queue.beginsWithClear();
-        const bool isApart = observer != nullptr && observer->takesRowsAlone() && frame.queue.isRepeatable();
+        // Who asked for the last picture later may do so with each of them.
+        const bool isApart = observer != nullptr && observer->takesRowsAlone() &&
+                             !std::exchange(frame.wasPictureAskedFor, false) && frame.queue.isRepeatable();
         try {
             frame.queue.execute(frame.surfaces.output(), isApart ? &frame.bandRows : nullptr,
                                 frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters,
@@ -336,6 +338,7 @@ HRESULT CSoftwareDevice::readBack(IMappedRowsVisitor& visitor) {
         const bool isHandedOver = isDrawnNow && frame.queue.canRepeat();
         if (!isHandedOver)
             settle();
+        frame.wasPictureAskedFor = frame.wasPictureAskedFor || !isDrawnNow;
         if (FAILED(frame.failure))
             return std::exchange(frame.failure, S_OK);
         MappedRows rows = mapped(frame.surfaces.output());

@@ -30,7 +30,8 @@ struct CSoftwareDevice::Frame {
     CDrawnRanges ranges;
     CBandRows bandRows;
     CDrawQueue queue;
-    bool isPictureInMemory = true; ///< of the output target
+    bool isPictureInMemory = true;   ///< of the output target
+    bool wasPictureAskedFor = false; ///< once more than it was drawn
     WorkCounters counters;
     HRESULT failure = S_OK;               ///< of what was queued since the last read-back
     std::optional<ShaderProgram> program; ///< prepared

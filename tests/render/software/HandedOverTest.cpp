@@ -139,6 +139,22 @@ TEST_F(HandedOver, IsDrawnAgainForWhoAsksLater) {
     EXPECT_EQ(taken.visits, std::vector<int>(outputHeight, 0));
 }
 
+TEST_F(HandedOver, WhoAsksLaterTimeAndAgainHasItInMemory) {
+    const auto isHandedOver = [this](unsigned seed) {
+        frame(seed, 0.5F);
+        CRowsTaken taken;
+        EXPECT_EQ(device.readBack(taken), S_OK);
+        EXPECT_EQ(taken.picture.pixels, outputOf(plainDevice).pixels);
+        return !taken.hasSeenPixels;
+    };
+    EXPECT_TRUE(isHandedOver(1));
+    for (unsigned seed = 2; seed < 5; ++seed) {
+        EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+        EXPECT_FALSE(isHandedOver(seed));
+    }
+    EXPECT_TRUE(isHandedOver(5)) << "nobody asked for the last one";
+}
+
 TEST_F(HandedOver, OutlastsTheLoanOfItsFrame) {
     upload(plainDevice, 4);
     convertYv12(plainDevice);
