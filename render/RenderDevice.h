@@ -51,9 +51,9 @@ public:
 
     /// Rows `first` up to `end` of the picture have their final pixels, which are still in the cache; both
     /// are even, but for the end of the last rows. No others may be looked at, and these only until the call
-    /// returns. Devices that draw when the picture is asked for call this
-    /// before visit(), for all rows, on several threads at once; others, and when nothing was to be drawn,
-    /// not at all. Should drawing fail, visit() does not follow.
+    /// returns. Devices that draw when the picture is asked for call this before visit(), for all rows, on
+    /// several threads at once; others, and when nothing was to be drawn, not at all. Should drawing fail,
+    /// visit() does not follow.
     virtual void rowsFinished(const MappedRows& picture, int first, int end) noexcept {
         static_cast<void>(picture);
         static_cast<void>(first);

@@ -144,12 +144,12 @@ bool CDrawQueue::isByPositions(const Step& step) {
 }
 
 bool CDrawQueue::isRepeatable() const {
-    // Tables are overwritten in place, planes may be kept only in part, and to hold on to pixels that came as
-    // such would cost a second picture.
+    // Planes may be kept only in part, and to hold on to pixels that came as such would cost a second
+    // picture. Tables are looked up once, when positions are worked out.
     const auto isLasting = [](const Step& step) {
         const QueuedDraw& draw = step.draw;
-        return step.isClear || (draw.pixels == nullptr && !draw.planes[0] && !draw.tables.isThere() &&
-                                !(draw.picture && draw.picture->isStored()));
+        return step.isClear ||
+               (draw.pixels == nullptr && !draw.planes[0] && !(draw.picture && draw.picture->isStored()));
     };
     return beginsWithClear() && std::all_of(m_steps.begin(), m_steps.end(), isLasting);
 }

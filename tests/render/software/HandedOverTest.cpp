@@ -1,4 +1,5 @@
 #include "tests/render/software/CountedMemory.h"
+#include "tests/render/software/CustomViewFixture.h"
 #include "tests/render/software/SoftwareDeviceFixture.h"
 #include "tests/support/AllocationCount.h"
 
@@ -193,7 +194,7 @@ TEST_F(HandedOver, OutlastsFramesThatAreNotDrawn) {
 }
 
 TEST_F(HandedOver, IsThereForWhatIsDrawnUponIt) {
-    Picture expected = handOver(1, 0.5F);
+    const Picture expected = handOver(1, 0.5F);
     ASSERT_EQ(drawCopy(Surface::inputPicture, 4), S_OK);
     ASSERT_EQ(plainDevice.draw(passOf(ShaderProgram::plainCopy, Surface::inputPicture, quadRange(4))), S_OK);
     EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
@@ -231,6 +232,27 @@ TEST_F(HandedOver, PixelsThatCameAsSuchAreNotHandedOver) {
     EXPECT_EQ(device.readBack(taken), S_OK);
     EXPECT_TRUE(taken.hasSeenPixels);
     EXPECT_EQ(outputOf(device).pixels, taken.picture.pixels);
+}
+
+TEST_F(HandedOver, WhatIsSeenThroughTablesOutlastsThem) {
+    for (const bool isReplaced : {true, false}) {
+        openFor(PixelFormat::yv12, width, height, outputWidth, outputHeight);
+        upload(device, 1);
+        convertYv12(device);
+        ASSERT_EQ(putTables(device, 2, 2, cornersOf(0.1, 0.1, 0.9, 0.9)), S_OK);
+        device.clear(Surface::outputTarget, greyClear);
+        ASSERT_EQ(drawTables(device, wholeOf(2, 2, 1)), S_OK);
+        CRowsTaken taken;
+        ASSERT_EQ(device.readBack(taken), S_OK);
+        EXPECT_FALSE(taken.hasSeenPixels);
+        EXPECT_NE(taken.picture.at(100, 70), opaqueBlack);
+        if (isReplaced) {
+            ASSERT_EQ(putTables(device, 2, 2, cornersOf(0.4, 0.4, 0.6, 0.6)), S_OK);
+        } else {
+            device.releaseLookup();
+        }
+        EXPECT_EQ(outputOf(device).pixels, taken.picture.pixels);
+    }
 }
 
 TEST_F(HandedOver, WithoutMemoryForTheNextFrameThereIsNone) {
