@@ -7,10 +7,35 @@
 namespace tarvo::render::software {
 namespace {
 
-/// Two neighbouring pixels from each of eight places.
-[[gnu::always_inline]] inline __m512i pixelPairs(const std::uint8_t* pixels, __m256i offsets) {
-    return _mm512_i32gather_epi64(offsets, pixels, 1);
-}
+/// Two neighbouring pixels from each of eight places, by the instruction made for that.
+struct GatheredPairs {
+    [[gnu::always_inline]] static __m512i from(const std::uint8_t* pixels, const std::int32_t* offsets) {
+        return _mm512_i32gather_epi64(_mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(offsets)), pixels,
+                                      1);
+    }
+};
+
+/// The same by a load for each place: where processors make that instruction of many small ones, or were
+/// slowed down for safety, this takes half its time.
+class CLoadedPairs {
+public:
+    [[gnu::always_inline]] static __m512i from(const std::uint8_t* pixels, const std::int32_t* offsets) {
+        const __m256i first = _mm256_set_m128i(two(pixels, offsets + 2), two(pixels, offsets));
+        const __m256i second = _mm256_set_m128i(two(pixels, offsets + 6), two(pixels, offsets + 4));
+        return _mm512_inserti64x4(_mm512_castsi256_si512(first), second, 1);
+    }
+
+private:
+    [[gnu::always_inline]] static __m128i two(const std::uint8_t* pixels, const std::int32_t* offsets) {
+        // What loads can be had for is what bounds this: both offsets come in one.
+        std::uint64_t both = 0;
+        __builtin_memcpy(&both, offsets, sizeof(both));
+        const std::uint8_t* const low = pixels + (both & 0xFFFFFFFFU);
+        const std::uint8_t* const high = pixels + (both >> 32);
+        const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(low));
+        return _mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(first), reinterpret_cast<const double*>(high)));
+    }
+};
 
 /// Picks byte `which` of each of eight 16-bit numbers, which every lane has, eight times.
 [[gnu::always_inline]] inline __m512i eightTimes(int which) {
@@ -20,22 +45,22 @@ namespace {
 }
 
 /// The mix of the four pixels around eight places.
+template<typename Pairs>
 class CMixer {
 public:
     [[gnu::always_inline]] CMixer(const std::uint8_t* pixels, std::ptrdiff_t pitch)
         : m_upper(pixels), m_lower(pixels + pitch) {}
 
     /// A channel in 16 bits, 255-fold, less the half of full scale, 32640.
-    [[gnu::always_inline]] __m512i mixEight(const std::int32_t* places,
+    [[gnu::always_inline]] __m512i mixEight(const std::int32_t* offsets,
                                             const std::uint16_t* shares255) const {
         const __m512i fractions =
             _mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(shares255)));
         const __m512i shares = _mm512_xor_si512(_mm512_shuffle_epi8(fractions, m_right), m_otherShare);
         const __m512i down = _mm512_srli_epi16(_mm512_shuffle_epi8(fractions, m_down), 1);
         const __m512i up = _mm512_xor_si512(down, m_full);
-        const __m256i offsets = _mm256_loadu_si256(reinterpret_cast<const __m256i_u*>(places));
-        const __m512i above = mixAcross(pixelPairs(m_upper, offsets), shares);
-        const __m512i below = mixAcross(pixelPairs(m_lower, offsets), shares);
+        const __m512i above = mixAcross(Pairs::from(m_upper, offsets), shares);
+        const __m512i below = mixAcross(Pairs::from(m_lower, offsets), shares);
         return _mm512_add_epi16(_mm512_mulhrs_epi16(above, up), _mm512_mulhrs_epi16(below, down));
     }
 
@@ -80,8 +105,9 @@ private:
     __m512i m_inOrder = inRegister(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7));
 };
 
+template<typename Pairs>
 void sample(const SampleBlock& block) {
-    const CMixer mixer(block.pixels, block.pitch);
+    const CMixer<Pairs> mixer(block.pixels, block.pitch);
     const CLevels<centre> levels;
     sampleInStrips<16>(
         block, [](const std::int32_t* offsets) __attribute__((always_inline)) {
@@ -95,7 +121,9 @@ void sample(const SampleBlock& block) {
 }
 
 /// What a layer adds to eight pixels.
-[[gnu::always_inline]] inline __m512i weightedEight(const CMixer& mixer, const MixLayer& layer, int i) {
+template<typename Pairs>
+[[gnu::always_inline]] inline __m512i weightedEight(const CMixer<Pairs>& mixer, const MixLayer& layer,
+                                                    int i) {
     const __m512i weights = _mm512_shuffle_epi8(
         _mm512_cvtepu16_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(layer.weights + i))),
         _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 0, 1, 0, 1, 0, 1, 8, 9, 8, 9, 8, 9, 8, 9)));
@@ -104,7 +132,8 @@ void sample(const SampleBlock& block) {
 }
 
 /// False, and nothing written, where a layer sees only some of the sixteen pixels.
-[[gnu::always_inline]] inline bool mixSixteen(const MixRow& row, const CMixer& mixer,
+template<typename Pairs>
+[[gnu::always_inline]] inline bool mixSixteen(const MixRow& row, const CMixer<Pairs>& mixer,
                                               const CLevels<0>& levels, int i) {
     __m512i first = _mm512_setzero_si512();
     __m512i second = _mm512_setzero_si512();
@@ -125,9 +154,10 @@ void sample(const SampleBlock& block) {
     return true;
 }
 
+template<typename Pairs>
 void mixLayers(const MixRow& row) {
     constexpr int strip = 16;
-    const CMixer mixer(row.pixels, row.pitch);
+    const CMixer<Pairs> mixer(row.pixels, row.pitch);
     const CLevels<0> levels;
     int i = 0;
     for (; i + strip <= row.count; i += strip) {
@@ -246,6 +276,7 @@ void pack(const PackRow& row) {
 
 } // namespace
 
-constinit const RowKernels avx512Rows = rowsWith(pack, sample, mixLayers);
+constinit const RowKernels avx512Rows = rowsWith(pack, sample<GatheredPairs>, mixLayers<GatheredPairs>);
+constinit const RowKernels avx512RowsByLoads = rowsWith(pack, sample<CLoadedPairs>, mixLayers<CLoadedPairs>);
 
 } // namespace tarvo::render::software

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace tarvo::render::software {
 
@@ -196,15 +197,28 @@ struct RowKernels {
     MixKernel mixLayers;
 };
 
-/// The kernels of one level; to be used only where detectInstructionSet() is at least that.
-const RowKernels& rowKernels(InstructionSet set);
+/// One of the ways to make rows, to be used only where detectInstructionSet() is at least what it needs.
+struct RowVariant {
+    const char* name;
+    InstructionSet needs;
+    const RowKernels* kernels;
+};
 
-/// The kernels for this processor.
+/// All there are, the plain one first.
+std::span<const RowVariant> rowVariants();
+
+/// The variant for this processor: of its highest level and, where there are several of that, the one that
+/// samples faster. That is tried out once per process, in less than a millisecond: what gathering costs
+/// depends on the processor's make and on its microcode, and nobody can be asked. Any thread.
 const RowKernels& rowKernels();
+
+/// Whichever of two samples a block faster, the first when neither does.
+const RowKernels& fasterRows(const RowKernels& first, const RowKernels& second);
 
 extern const RowKernels plainRows;
 extern const RowKernels sse41Rows;
 extern const RowKernels avx2Rows;
-extern const RowKernels avx512Rows;
+extern const RowKernels avx512Rows; ///< gathers
+extern const RowKernels avx512RowsByLoads;
 
 } // namespace tarvo::render::software

@@ -162,7 +162,7 @@ TEST_P(CustomRowVariants, mixAlike) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(sets, CustomRowVariants, vectorSets, instructionSetOf);
+INSTANTIATE_TEST_SUITE_P(variants, CustomRowVariants, vectorVariants, variantName);
 
 } // namespace
 } // namespace tarvo::render::software

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <ostream>
 #include <random>
 #include <span>
 #include <string>
@@ -16,17 +17,20 @@ namespace tarvo::render::software {
 
 inline constexpr std::uint8_t guard = 0xA5;
 
-/// The rows of one instruction set beside the plain ones; a set that the processor lacks is reported as not
-/// run.
-class RowVariants : public testing::TestWithParam<InstructionSet> {
+inline void PrintTo(const RowVariant& variant, std::ostream* out) {
+    *out << variant.name;
+}
+
+/// One variant of the rows beside the plain one; what the processor lacks is reported as not run.
+class RowVariants : public testing::TestWithParam<RowVariant> {
 protected:
     void SetUp() override {
-        if (GetParam() > detectInstructionSet())
-            GTEST_SKIP() << "this processor has no " << instructionSetName(GetParam());
+        if (GetParam().needs > detectInstructionSet())
+            GTEST_SKIP() << "this processor has no " << instructionSetName(GetParam().needs);
     }
 
-    const RowKernels& variant() const { return rowKernels(GetParam()); }
-    static const RowKernels& plain() { return rowKernels(InstructionSet::reference); }
+    const RowKernels& variant() const { return *GetParam().kernels; }
+    static const RowKernels& plain() { return plainRows; }
 
     float between(float low, float high) { return std::uniform_real_distribution<float>(low, high)(random); }
     int whole(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); }
@@ -79,12 +83,11 @@ inline void expectSame(std::span<const float> expected, std::span<const float> a
     }
 }
 
-/// All sets that have rows of their own.
-inline const auto vectorSets =
-    testing::Values(InstructionSet::sse41, InstructionSet::avx2, InstructionSet::avx512);
+/// All but the plain one.
+inline const auto vectorVariants = testing::ValuesIn(rowVariants().subspan(1).begin(), rowVariants().end());
 
-inline std::string instructionSetOf(const testing::TestParamInfo<InstructionSet>& set) {
-    return instructionSetName(set.param);
+inline std::string variantName(const testing::TestParamInfo<RowVariant>& variant) {
+    return variant.param.name;
 }
 
 } // namespace tarvo::render::software

@@ -245,7 +245,7 @@ TEST_P(RowVariants, sampleAlike) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(sets, RowVariants, vectorSets, instructionSetOf);
+INSTANTIATE_TEST_SUITE_P(variants, RowVariants, vectorVariants, variantName);
 
 } // namespace
 } // namespace tarvo::render::software
