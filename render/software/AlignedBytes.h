@@ -25,6 +25,12 @@ constexpr std::size_t rowPitch(std::size_t rowBytes) {
     return alignedUp(rowBytes) / alignment % 2 == 0 ? alignedUp(rowBytes) + alignment : alignedUp(rowBytes);
 }
 
+/// Whether rows so far apart, too, leave vertical neighbours room in the first cache: those a power of two
+/// apart would all want the same few places of it.
+constexpr bool isSpread(std::size_t pitch) {
+    return pitch % 2048 != 0;
+}
+
 extern const MemorySource systemMemory;
 
 /// An owned block of zeros, aligned; pages that nobody writes to cost no memory on most systems.

@@ -255,7 +255,7 @@ bool CSoftwareDevice::note(const Pass& pass, const QueuedDraw& draw, const CRast
         surfaces.convertYv12();
         return true;
     }
-    const SampledWindow whole{0, 0, width, height, width, height, surfaces.store().pitch()};
+    const SampledWindow whole{0, 0, width, height, width, height, draw.window.pitch};
     if (pass.program == ShaderProgram::excludeRegion && draw.picture && draw.window == whole) {
         surfaces.mask(pass.textures[0],
                       areaOf(recordAs<ExcludeConstants>(draw.record), raster, width, height));

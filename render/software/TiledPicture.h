@@ -63,6 +63,8 @@ public:
     /// For stored pictures.
     std::uint8_t* pixels() { return m_memory.data(); }
     std::ptrdiff_t pitch() const { return m_pitch; }
+    /// Bytes from one row to the next, up to the store's pitch; what the pixels were is lost.
+    void setPitch(std::ptrdiff_t pitch) { m_pitch = pitch; }
 
     void unused();
 

@@ -110,6 +110,32 @@ TEST_F(SoftwareDevice, UploadsRowsThatLieTheOtherWayRound) {
         EXPECT_EQ(shown.at(4, y), picture.at(4, 3 - y));
 }
 
+TEST_F(SoftwareDevice, UploadsRowsWithAndWithoutGapsAlike) {
+    constexpr int gap = 5;
+    for (const int width : {321, 320, 512}) {
+        openFor(PixelFormat::rgb32, width, 60, width, 60);
+        const Picture picture = noisePicture(width, 60, 8);
+        Picture apart = noisePicture(width + gap, 60, 9);
+        for (int y = 0; y < picture.height; ++y)
+            std::copy_n(&picture.at(0, y), width, &apart.at(0, y));
+        SourceRows rowsApart = rowsOf(apart);
+        rowsApart.rowBytes -= gap * sizeof(Bgra);
+        Picture views[3];
+        // From one frame to the next, too.
+        for (int i = 0; i < 3; ++i) {
+            ASSERT_EQ(device.upload(Surface::inputPicture, i == 1 ? rowsApart : rowsOf(picture)), S_OK);
+            device.clear(Surface::outputTarget, opaqueBlackClear);
+            ASSERT_EQ(drawCopy(Surface::inputPicture), S_OK);
+            EXPECT_EQ(outputOf(device).pixels, picture.pixels) << width << ", " << i;
+            device.clear(Surface::outputTarget, opaqueBlackClear);
+            ASSERT_EQ(drawView(singleViewConstants(width, 60, 0.3F, 1.0F), 0), S_OK);
+            views[i] = outputOf(device);
+        }
+        EXPECT_EQ(views[1].pixels, views[0].pixels) << width;
+        EXPECT_EQ(views[2].pixels, views[0].pixels) << width;
+    }
+}
+
 TEST_F(SoftwareDevice, UploadsOnlyWhatIsAnInput) {
     openFor(PixelFormat::rgb32, 4, 4, 4, 4);
     const Picture picture = noisePicture(4, 4, 3);
