@@ -64,8 +64,8 @@ public:
     RawRows* writable();
     /// That of the two which is not the current one.
     const RawRows& other() const { return &m_sets[0] == m_current.get() ? m_sets[1] : m_sets[0]; }
-    /// Where the current rows, which are lent, will be kept: where the last ones were, if nobody looks at those
-    /// any more. The second set's memory is then never touched.
+    /// Where the current rows, which are lent, will be kept: where the last ones were, if nobody looks at
+    /// those any more. The second set's memory is then never touched.
     void chooseMemory() noexcept;
     void replaceWith(RawRows& rows) { m_current = CShare<RawRows>(rows); }
     std::array<RawRows, 2>& sets() { return m_sets; }
