@@ -25,10 +25,11 @@ constexpr std::size_t rowPitch(std::size_t rowBytes) {
     return alignedUp(rowBytes) / alignment % 2 == 0 ? alignedUp(rowBytes) + alignment : alignedUp(rowBytes);
 }
 
-/// Whether rows so far apart, too, leave vertical neighbours room in the first cache: those a power of two
-/// apart would all want the same few places of it.
+/// Whether rows so far apart, too, leave those above one another room in the first cache. Its places repeat
+/// every 4096 bytes: a multiple of 512 would leave eight or fewer of them, and a view that is turned looks at
+/// more than a hundred rows at a time.
 constexpr bool isSpread(std::size_t pitch) {
-    return pitch % 2048 != 0;
+    return pitch % 512 != 0;
 }
 
 extern const MemorySource systemMemory;

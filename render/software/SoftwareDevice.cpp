@@ -5,6 +5,7 @@
 #include "render/software/StreamingCopy.h"
 #include "render/software/WholePicture.h"
 #include "render/software/kernels/Blending.h"
+#include "render/software/kernels/RowChoice.h"
 
 #include <algorithm>
 #include <cstring>

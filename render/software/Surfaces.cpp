@@ -226,10 +226,10 @@ HRESULT CSurfaces::uploadPicture(Surface surface, const SourceRows& rows, CThrea
     Shown& s = shown(surface);
     if (!s.picture->isStored() || s.picture->shares() != 1)
         s = whole(m_store.stored(m_input.width, m_input.height));
-    // Rows that lie alike are copied in large pieces, which takes a fifth less.
+    // Rows without gaps are copied in large pieces, which takes a fifth less.
     const auto rowBytes = static_cast<std::size_t>(s.width) * 4;
-    const bool liesAlike = rows.stepBytes == static_cast<std::ptrdiff_t>(rowBytes) && isSpread(rowBytes);
-    s.picture->setPitch(static_cast<std::ptrdiff_t>(liesAlike ? rowBytes : rowPitch(rowBytes)));
+    const bool keepsLayout = rows.stepBytes == static_cast<std::ptrdiff_t>(rowBytes) && isSpread(rowBytes);
+    s.picture->setPitch(static_cast<std::ptrdiff_t>(keepsLayout ? rowBytes : rowPitch(rowBytes)));
     // A loan would gain nothing: what is sampled needs room behind its rows, so that tiles would be copied
     // one by one, which takes longer than all of it at once.
     copyRows(pool, rows, s.picture->pixels(), static_cast<std::size_t>(s.picture->pitch()), rowBytes,
@@ -300,24 +300,27 @@ bool areMade(const CTiledPicture* picture, int firstRow, int endRow) {
     return true;
 }
 
-/// Rows of tiles that are kept at a time: memory is copied fastest in pieces of several 100 KB.
-constexpr int keptAtOnce = 8;
+/// Does rows of tiles in pieces of this many bytes, in which memory is copied fastest, but in pieces enough
+/// for all threads: `keep(first row, end)`, by any thread.
+template<typename Keep>
+void keepInPieces(int tileRowCount, std::size_t tileRowBytes, CThreadPool& pool, Keep keep) noexcept {
+    constexpr std::size_t pieceBytes = 256 * 1024;
+    const int most = std::max(tileRowCount / (2 * pool.threadCount()), 1);
+    const int atOnce = std::clamp(static_cast<int>(pieceBytes / tileRowBytes), 1, most);
+    pool.run((tileRowCount + atOnce - 1) / atOnce,
+             [&](int piece) noexcept { keep(piece * atOnce, std::min((piece + 1) * atOnce, tileRowCount)); });
+}
 
-/// Goes through the rows of tiles of a picture, `keptAtOnce` at a time, and hands on in one piece what lies
-/// side by side and is wanted: `keep(first, end)`. Both are asked by any thread.
+/// Hands on in one piece what lies side by side and is wanted, of the rows of tiles `first` … `end` − 1.
 template<typename IsWanted, typename Keep>
-void keepRuns(int tileRowCount, CThreadPool& pool, IsWanted isWanted, Keep keep) noexcept {
-    pool.run((tileRowCount + keptAtOnce - 1) / keptAtOnce, [&](int piece) noexcept {
-        const int end = std::min((piece + 1) * keptAtOnce, tileRowCount);
-        int first = piece * keptAtOnce;
-        for (int row = first; row < end; ++row) {
-            if (isWanted(row))
-                continue;
-            keep(first, row);
-            first = row + 1;
-        }
-        keep(first, end);
-    });
+void forEachRun(int first, int end, IsWanted isWanted, Keep keep) {
+    for (int row = first; row < end; ++row) {
+        if (isWanted(row))
+            continue;
+        keep(first, row);
+        first = row + 1;
+    }
+    keep(first, end);
 }
 
 } // namespace
@@ -329,18 +332,20 @@ void CSurfaces::keepPlanes(const CTiledPicture* converted, CThreadPool& pool, Co
     RawRows& luma = *m_planes[0]->current();
     RawRows& cr = *m_planes[1]->current();
     RawRows& cb = *m_planes[2]->current();
-    const int rows = tileRows(m_input.height);
-    keepRuns(
-        rows, pool, [&](int row) { return !areMade(converted, row, row + 1); },
-        [&](int first, int end) { luma.keep(first * tileHeight, end * tileHeight, copyBytes); });
-    for (RawRows* chroma : {&cr, &cb})
-        keepRuns(
-            rows, pool,
+    keepInPieces(
+        tileRows(m_input.height), luma.rowBytes * tileHeight, pool, [&](int first, int end) noexcept {
+            forEachRun(
+                first, end, [&](int row) { return !areMade(converted, row, row + 1); },
+                [&](int begin, int behind) {
+                    luma.keep(begin * tileHeight, behind * tileHeight, copyBytes);
+                });
             // Tiles look at the chroma next to them.
-            [&](int row) { return !areMade(converted, row - 1, row + 2); },
-            [&](int first, int end) {
-                chroma->keep(first * tileHeight / 2, end * tileHeight / 2, copyBytes);
-            });
+            const auto isChromaWanted = [&](int row) { return !areMade(converted, row - 1, row + 2); };
+            for (RawRows* chroma : {&cr, &cb})
+                forEachRun(first, end, isChromaWanted, [&](int begin, int behind) {
+                    chroma->keep(begin * tileHeight / 2, behind * tileHeight / 2, copyBytes);
+                });
+        });
     for (RawRows* plane : {&luma, &cr, &cb})
         endLoan(*plane, converted == nullptr);
 }
@@ -352,13 +357,16 @@ void CSurfaces::keepPacked(const CTiledPicture* converted, CThreadPool& pool, Co
     RawRows& packed = *m_planes[packedPlane]->current();
     const std::size_t tileRowBytes = static_cast<std::size_t>(m_input.width) * 2 * tileHeight;
     const int rows = tileRows(m_input.height);
-    keepRuns(
-        rows, pool, [&](int row) { return !areMade(converted, row, row + 1); },
-        [&](int first, int end) {
-            packed.keepBytes(static_cast<std::size_t>(first) * tileRowBytes,
-                             end == rows ? packed.rowBytes : static_cast<std::size_t>(end) * tileRowBytes,
-                             copyBytes);
-        });
+    keepInPieces(rows, tileRowBytes, pool, [&](int first, int end) noexcept {
+        forEachRun(
+            first, end, [&](int row) { return !areMade(converted, row, row + 1); },
+            [&](int begin, int behind) {
+                packed.keepBytes(static_cast<std::size_t>(begin) * tileRowBytes,
+                                 behind == rows ? packed.rowBytes
+                                                : static_cast<std::size_t>(behind) * tileRowBytes,
+                                 copyBytes);
+            });
+    });
     endLoan(packed, converted == nullptr);
 }
 

@@ -117,10 +117,11 @@ void CTiledPicture::produceMasked(PixelArea area, std::uint8_t* target, std::ptr
 }
 
 CPictureStore::CPictureStore(int width, int height, const MemorySource& memory)
-    : m_memory(memory), m_pitch(static_cast<std::ptrdiff_t>(rowPitch(static_cast<std::size_t>(width) * 4))),
+    : m_memory(memory),
+      // A row and a pixel more than there are: samplers read one neighbour further, with no weight.
+      m_blockBytes(rowPitch(static_cast<std::size_t>(width) * 4) * (static_cast<std::size_t>(height) + 1) +
+                   alignment),
       m_tileCount(static_cast<std::size_t>(tileColumns(width)) * static_cast<std::size_t>(tileRows(height))) {
-    // A row and a pixel more than there are: samplers read one neighbour further, with no weight.
-    m_blockBytes = static_cast<std::size_t>(m_pitch) * (static_cast<std::size_t>(height) + 1) + alignment;
     m_pictures.reserve(pictureCount);
     m_spare.reserve(pictureCount);
     for (std::size_t i = 0; i < readyBlocks; ++i)

@@ -63,7 +63,8 @@ public:
     /// For stored pictures.
     std::uint8_t* pixels() { return m_memory.data(); }
     std::ptrdiff_t pitch() const { return m_pitch; }
-    /// Bytes from one row to the next, up to the store's pitch; what the pixels were is lost.
+    /// For stored pictures that nobody shares: bytes from one row to the next, from those of a row's pixels
+    /// up to their rowPitch(). What the pixels were is lost.
     void setPitch(std::ptrdiff_t pitch) { m_pitch = pitch; }
 
     void unused();
@@ -135,8 +136,6 @@ public:
     /// The same; afterwards the picture depends on nothing.
     void makeStored(CTiledPicture& picture, CThreadPool& pool);
 
-    /// Bytes from one row to the next of pictures as large as the store is for.
-    std::ptrdiff_t pitch() const { return m_pitch; }
     std::uint64_t tilesMade() const { return m_tilesMade.load(std::memory_order_relaxed); }
 
 private:
@@ -147,7 +146,6 @@ private:
 
     const MemorySource& m_memory;
     std::size_t m_blockBytes;
-    std::ptrdiff_t m_pitch;
     std::size_t m_tileCount;
     std::vector<CAlignedBytes> m_spare;
     std::atomic<std::uint64_t> m_tilesMade{0};

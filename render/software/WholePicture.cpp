@@ -1,6 +1,7 @@
 #include "render/software/WholePicture.h"
 
 #include "render/software/DrawnRange.h"
+#include "render/software/kernels/RowChoice.h"
 
 #include <cmath>
 #include <utility>

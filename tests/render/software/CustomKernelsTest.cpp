@@ -1,5 +1,5 @@
 #include "render/ConstantRecords.h"
-#include "render/software/kernels/RowKernels.h"
+#include "render/software/kernels/RowChoice.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "render/ConstantRecords.h"
 #include "render/software/kernels/ArcTangent.h"
 #include "render/software/kernels/Blending.h"
-#include "render/software/kernels/RowKernels.h"
+#include "render/software/kernels/RowChoice.h"
 #include "tests/render/software/SoftwareDeviceFixture.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 #include "render/software/Knots.h"
 
 #include "render/software/TouchedTiles.h"
+#include "render/software/kernels/RowChoice.h"
 
 #include <gtest/gtest.h>
 

@@ -167,6 +167,29 @@ TEST_F(LazyWork, MaskedTilesAreMadeOnceWhoeverLooks) {
     EXPECT_EQ(device.counters().tilesMade, 300U);
 }
 
+TEST_F(LazyWork, AFrameOfPixelsIsMaskedOnlyWhereSomebodyLooks) {
+    // Rows without gaps keep that layout, which is not the one of other pictures of this width.
+    ASSERT_EQ(device.open(inputOf(PixelFormat::rgb32, 352, 64), outputOf(64, 48)), S_OK);
+    ASSERT_EQ(device.geometry(quads(), {{}, area}), S_OK);
+    const Picture frame = noisePicture(352, 64, 4);
+    ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(frame)), S_OK);
+    const ExcludeConstants constants{{0.0F, 0.0F, 0.25F, 0.25F}}; // 88 × 16 pixels
+    Pass pass =
+        passOf(ShaderProgram::excludeRegion, Surface::inputPicture, quadRange(geometry::quad::fullTarget));
+    pass.target = Surface::conversionTarget;
+    pass.constantSlot = ConstantSlot::exclude;
+    pass.constants = recordBytes(constants);
+    ASSERT_EQ(device.draw(pass), S_OK);
+    device.copy(Surface::conversionTarget, Surface::inputPicture);
+    const Picture shown = shownAt(64, 0);
+    for (int y = 0; y < 48; ++y) {
+        for (int x = 0; x < 64; ++x)
+            ASSERT_EQ(shown.at(x, y), 64 + x < 88 && y < 16 ? opaqueBlack : frame.at(64 + x, y))
+                << x << ", " << y;
+    }
+    EXPECT_EQ(device.counters().tilesMade, 2U * 4U);
+}
+
 TEST_F(LazyWork, AViewAtRestIsWorkedOutOnce) {
     Yv12Frame(width, height, 1).uploadTo(device);
     convertYv12(device);

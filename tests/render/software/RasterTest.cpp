@@ -2,6 +2,7 @@
 
 #include "render/reference/Rasteriser.h"
 #include "render/software/DrawnRange.h"
+#include "render/software/kernels/RowChoice.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,10 @@
-#include "render/software/kernels/RowKernels.h"
+#include "render/software/kernels/RowChoice.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 
 namespace tarvo::render::software {
 namespace {
@@ -29,12 +30,20 @@ TEST(RowChoice, takesTheFaster) {
     EXPECT_EQ(&fasterRows(slower, fast), &fast);
 }
 
-TEST(RowChoice, isOfTheHighestLevelAndStays) {
-    const RowKernels& chosen = rowKernels();
-    const auto variant = std::ranges::find(rowVariants(), &chosen, &RowVariant::kernels);
+TEST(RowChoice, isOfTheHighestLevel) {
+    const auto variant = std::ranges::find(rowVariants(), &rowKernels(), &RowVariant::kernels);
     ASSERT_NE(variant, rowVariants().end());
     EXPECT_EQ(variant->needs, detectInstructionSet());
-    EXPECT_EQ(&rowKernels(), &chosen);
+}
+
+TEST(RowChoice, isBetweenVariantsThatSampleDifferently) {
+    for (std::size_t i = 0; i < rowVariants().size(); ++i) {
+        for (std::size_t k = 0; k < i; ++k) {
+            EXPECT_NE(rowVariants()[i].kernels->sample, rowVariants()[k].kernels->sample) << i << ", " << k;
+            EXPECT_NE(rowVariants()[i].kernels->mixLayers, rowVariants()[k].kernels->mixLayers)
+                << i << ", " << k;
+        }
+    }
 }
 
 TEST(RowChoice, hasAVariantForEachLevelAndThePlainOneFirst) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/software/kernels/RowKernels.h"
+#include "render/software/kernels/RowChoice.h"
 
 #include <gtest/gtest.h>
 

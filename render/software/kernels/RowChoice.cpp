@@ -1,4 +1,4 @@
-#include "render/software/kernels/RowKernels.h"
+#include "render/software/kernels/RowChoice.h"
 
 #include <algorithm>
 #include <array>
