@@ -35,6 +35,16 @@ protected:
         }
     }
 
+    /// Blacks out an area of the input picture, on the conversion target.
+    void mask(const ExcludeConstants& constants) {
+        Pass pass = passOf(ShaderProgram::excludeRegion, Surface::inputPicture,
+                           quadRange(geometry::quad::fullTarget));
+        pass.target = Surface::conversionTarget;
+        pass.constantSlot = ConstantSlot::exclude;
+        pass.constants = recordBytes(constants);
+        EXPECT_EQ(device.draw(pass), S_OK);
+    }
+
     std::uint64_t tilesSince(std::uint64_t before) const { return device.counters().tilesMade - before; }
 
     const geometry::PixelBox area{0, 0, 64, 48};
@@ -117,12 +127,7 @@ TEST_F(LazyWork, ASurfaceLeftBehindKeepsItsFrame) {
     first.uploadTo(device);
     convertYv12(device);
     const ExcludeConstants constants{{0.0F, 0.0F, 0.2F, 0.2F}}; // 128 × 96 pixels
-    Pass pass =
-        passOf(ShaderProgram::excludeRegion, Surface::inputPicture, quadRange(geometry::quad::fullTarget));
-    pass.target = Surface::conversionTarget;
-    pass.constantSlot = ConstantSlot::exclude;
-    pass.constants = recordBytes(constants);
-    ASSERT_EQ(device.draw(pass), S_OK);
+    mask(constants);
     device.copy(Surface::conversionTarget, Surface::maskedInput);
     std::uint64_t made = 0;
     Yv12Frame frame(width, height, 2);
@@ -153,12 +158,7 @@ TEST_F(LazyWork, MaskedTilesAreMadeOnceWhoeverLooks) {
     frame.uploadTo(device);
     convertYv12(device);
     const ExcludeConstants constants{{0.0F, 0.0F, 0.05F, 0.05F}};
-    Pass pass =
-        passOf(ShaderProgram::excludeRegion, Surface::inputPicture, quadRange(geometry::quad::fullTarget));
-    pass.target = Surface::conversionTarget;
-    pass.constantSlot = ConstantSlot::exclude;
-    pass.constants = recordBytes(constants);
-    ASSERT_EQ(device.draw(pass), S_OK);
+    mask(constants);
     device.copy(Surface::conversionTarget, Surface::maskedInput);
     ASSERT_EQ(drawCopy(Surface::maskedInput), S_OK);
     ASSERT_EQ(drawCopy(Surface::conversionTarget), S_OK);
@@ -174,12 +174,7 @@ TEST_F(LazyWork, AFrameOfPixelsIsMaskedOnlyWhereSomebodyLooks) {
     const Picture frame = noisePicture(352, 64, 4);
     ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(frame)), S_OK);
     const ExcludeConstants constants{{0.0F, 0.0F, 0.25F, 0.25F}}; // 88 × 16 pixels
-    Pass pass =
-        passOf(ShaderProgram::excludeRegion, Surface::inputPicture, quadRange(geometry::quad::fullTarget));
-    pass.target = Surface::conversionTarget;
-    pass.constantSlot = ConstantSlot::exclude;
-    pass.constants = recordBytes(constants);
-    ASSERT_EQ(device.draw(pass), S_OK);
+    mask(constants);
     device.copy(Surface::conversionTarget, Surface::inputPicture);
     const Picture shown = shownAt(64, 0);
     for (int y = 0; y < 48; ++y) {
