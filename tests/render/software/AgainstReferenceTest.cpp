@@ -167,12 +167,7 @@ TEST_F(AgainstReference, TheExcludeAreaOverAWholePicture) {
     for (int round = 0; round < 20; ++round) {
         const ExcludeConstants area{{edge(random), edge(random), edge(random), edge(random)}};
         expectAlike([&](IRenderDevice& each) {
-            Pass pass = passOf(ShaderProgram::excludeRegion, Surface::inputPicture,
-                               quadRange(geometry::quad::fullTarget));
-            pass.target = Surface::conversionTarget;
-            pass.constantSlot = ConstantSlot::exclude;
-            pass.constants = recordBytes(area);
-            ASSERT_EQ(each.draw(pass), S_OK);
+            ASSERT_EQ(each.draw(excludePass(area)), S_OK);
             each.copy(Surface::conversionTarget, Surface::maskedInput);
             ASSERT_EQ(each.draw(passOf(ShaderProgram::plainCopy, Surface::maskedInput,
                                        quadRange(geometry::quad::fullTarget))),

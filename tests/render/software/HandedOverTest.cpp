@@ -261,11 +261,7 @@ TEST_F(HandedOver, WithoutMemoryForTheNextFrameThereIsNone) {
     openLikewise(poor, {0, 0, 64, 48});
     const auto mask = [&](Surface source, float side) {
         const ExcludeConstants constants{{0.0F, 0.0F, side, side}};
-        Pass pass = passOf(ShaderProgram::excludeRegion, source, quadRange(geometry::quad::fullTarget));
-        pass.target = Surface::conversionTarget;
-        pass.constantSlot = ConstantSlot::exclude;
-        pass.constants = recordBytes(constants);
-        EXPECT_EQ(poor.draw(pass), S_OK);
+        EXPECT_EQ(poor.draw(excludePass(constants, source)), S_OK);
     };
     // Looks at four pictures; there is memory for three.
     const auto drawMany = [&] {

@@ -35,16 +35,6 @@ protected:
         }
     }
 
-    /// Blacks out an area of the input picture, on the conversion target.
-    void mask(const ExcludeConstants& constants) {
-        Pass pass = passOf(ShaderProgram::excludeRegion, Surface::inputPicture,
-                           quadRange(geometry::quad::fullTarget));
-        pass.target = Surface::conversionTarget;
-        pass.constantSlot = ConstantSlot::exclude;
-        pass.constants = recordBytes(constants);
-        EXPECT_EQ(device.draw(pass), S_OK);
-    }
-
     std::uint64_t tilesSince(std::uint64_t before) const { return device.counters().tilesMade - before; }
 
     const geometry::PixelBox area{0, 0, 64, 48};
@@ -127,7 +117,7 @@ TEST_F(LazyWork, ASurfaceLeftBehindKeepsItsFrame) {
     first.uploadTo(device);
     convertYv12(device);
     const ExcludeConstants constants{{0.0F, 0.0F, 0.2F, 0.2F}}; // 128 × 96 pixels
-    mask(constants);
+    ASSERT_EQ(device.draw(excludePass(constants)), S_OK);
     device.copy(Surface::conversionTarget, Surface::maskedInput);
     std::uint64_t made = 0;
     Yv12Frame frame(width, height, 2);
@@ -158,7 +148,7 @@ TEST_F(LazyWork, MaskedTilesAreMadeOnceWhoeverLooks) {
     frame.uploadTo(device);
     convertYv12(device);
     const ExcludeConstants constants{{0.0F, 0.0F, 0.05F, 0.05F}};
-    mask(constants);
+    ASSERT_EQ(device.draw(excludePass(constants)), S_OK);
     device.copy(Surface::conversionTarget, Surface::maskedInput);
     ASSERT_EQ(drawCopy(Surface::maskedInput), S_OK);
     ASSERT_EQ(drawCopy(Surface::conversionTarget), S_OK);
@@ -174,7 +164,7 @@ TEST_F(LazyWork, AFrameOfPixelsIsMaskedOnlyWhereSomebodyLooks) {
     const Picture frame = noisePicture(352, 64, 4);
     ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(frame)), S_OK);
     const ExcludeConstants constants{{0.0F, 0.0F, 0.25F, 0.25F}}; // 88 × 16 pixels
-    mask(constants);
+    ASSERT_EQ(device.draw(excludePass(constants)), S_OK);
     device.copy(Surface::conversionTarget, Surface::inputPicture);
     const Picture shown = shownAt(64, 0);
     for (int y = 0; y < 48; ++y) {
@@ -302,12 +292,7 @@ public:
         keep(device.draw(yv12Pass()));
         device.copy(Surface::conversionTarget, Surface::inputPicture);
         device.copyBox(Surface::inputPicture, exclude.pixelBox(320, 240), Surface::excludeArea);
-        Pass mask = passOf(ShaderProgram::excludeRegion, Surface::inputPicture,
-                           quadRange(geometry::quad::fullTarget));
-        mask.target = Surface::conversionTarget;
-        mask.constantSlot = ConstantSlot::exclude;
-        mask.constants = recordBytes(excludeConstants);
-        keep(device.draw(mask));
+        keep(device.draw(excludePass(excludeConstants)));
         device.copy(Surface::conversionTarget, Surface::maskedInput);
         keep(device.prepare(ShaderProgram::singleView, ConstantSlot::dewarp, recordBytes(c)));
         Pass view =

@@ -164,6 +164,15 @@ inline int largestDifference(Bgra a, Bgra b) {
                      std::abs(a.alpha - b.alpha)});
 }
 
+/// Blacks out an area of a picture, on the conversion target; the constants outlive the pass.
+inline Pass excludePass(const ExcludeConstants& constants, Surface source = Surface::inputPicture) {
+    Pass pass = passOf(ShaderProgram::excludeRegion, source, quadRange(geometry::quad::fullTarget));
+    pass.target = Surface::conversionTarget;
+    pass.constantSlot = ConstantSlot::exclude;
+    pass.constants = recordBytes(constants);
+    return pass;
+}
+
 /// The usual way of a YV12 frame: conversion, copy to the input picture.
 inline Pass yv12Pass() {
     Pass pass;

@@ -341,12 +341,7 @@ TEST_F(SoftwareDevice, BlacksOutAndPastesTheExcludeArea) {
     const Picture picture = noisePicture(size, size, 6);
     ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(picture)), S_OK);
     device.copyBox(Surface::inputPicture, box, Surface::excludeArea);
-    Pass pass =
-        passOf(ShaderProgram::excludeRegion, Surface::inputPicture, quadRange(geometry::quad::fullTarget));
-    pass.target = Surface::conversionTarget;
-    pass.constantSlot = ConstantSlot::exclude;
-    pass.constants = recordBytes(constants);
-    ASSERT_EQ(device.draw(pass), S_OK);
+    ASSERT_EQ(device.draw(excludePass(constants)), S_OK);
     device.copy(Surface::conversionTarget, Surface::maskedInput);
     ASSERT_EQ(drawCopy(Surface::maskedInput), S_OK);
     const Picture masked = outputOf(device);
