@@ -144,14 +144,17 @@ bool CDrawQueue::isByPositions(const Step& step) {
 }
 
 bool CDrawQueue::isRepeatable() const {
-    // Planes may be kept only in part, and to hold on to pixels that came as such would cost a second
-    // picture. Tables are looked up once, when positions are worked out.
+    // Planes may be kept only in part. Tables are looked up once, when positions are worked out.
     const auto isLasting = [](const Step& step) {
-        const QueuedDraw& draw = step.draw;
-        return step.isClear ||
-               (draw.pixels == nullptr && !draw.planes[0] && !(draw.picture && draw.picture->isStored()));
+        return step.isClear || (step.draw.pixels == nullptr && !step.draw.planes[0]);
     };
     return beginsWithClear() && std::all_of(m_steps.begin(), m_steps.end(), isLasting);
+}
+
+int CDrawQueue::sharesOf(const CTiledPicture& picture) const {
+    return static_cast<int>(std::count_if(m_steps.begin(), m_steps.end(), [&](const Step& step) {
+        return step.draw.picture.get() == &picture;
+    }));
 }
 
 void CDrawQueue::clear(Bgra colour) {

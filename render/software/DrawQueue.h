@@ -76,6 +76,8 @@ public:
     /// Whether it was done apart and can be asked for again, until it is cleared.
     bool canRepeat() const { return m_isDoneApart; }
     void askAgain() { m_isDoneApart = false; }
+    /// How many shares of a picture it holds.
+    int sharesOf(const CTiledPicture& picture) const;
 
     /// Does it all and forgets it, unless it is done apart. `rowsFinished(rows, first, end)` is told about
     /// every row once, in bands, by any thread, and throws nothing. Rows that are done apart are only there

@@ -149,6 +149,15 @@ HRESULT CSoftwareDevice::upload(Surface surface, const SourceRows& rows) {
         if (rows.rowCount < 0 || isNowhere)
             return E_INVALIDARG;
         execute();
+        if (surface == Surface::inputPicture) {
+            frame.waitingPicture.reset();
+            if (frame.isInputPictureFree()) {
+                frame.waitingPicture = rows;
+                if (!rows.isLent)
+                    takeInEarly();
+                return S_OK;
+            }
+        }
         const HRESULT result = frame.surfaces.upload(surface, rows, *frame.pool);
         if (result != E_FAIL || !frame.queue.canRepeat())
             return result;
@@ -158,10 +167,29 @@ HRESULT CSoftwareDevice::upload(Surface surface, const SourceRows& rows) {
     });
 }
 
+void CSoftwareDevice::takeIn() {
+    Frame& frame = *m_frame;
+    const std::optional<SourceRows> rows = std::exchange(frame.waitingPicture, std::nullopt);
+    if (!rows)
+        return;
+    if (frame.queue.canRepeat())
+        settle();
+    // Where it is, which takes no memory.
+    frame.surfaces.upload(Surface::inputPicture, *rows, *frame.pool);
+}
+
+void CSoftwareDevice::takeInEarly() {
+    // The next one may not be able to wait either: its output is better drawn into memory at once than twice.
+    m_frame->wasPictureAskedFor = true;
+    takeIn();
+}
+
 void CSoftwareDevice::keepInput() {
     if (!isOpen())
         return;
     execute(); // queued passes still look at the lender's memory
+    if (m_frame->waitingPicture)
+        takeInEarly();
     // About as many devices as share these threads. The frames of a few find room in the caches until they
     // are overwritten; those of many would only displace each other.
     constexpr long many = 3;
@@ -176,6 +204,7 @@ void CSoftwareDevice::clear(Surface target, const std::array<float, 4>& colour) 
             if (frame.queue.canRepeat())
                 frame.ranges.release();
             frame.queue.clear(stored);
+            takeIn();
         } else if (target == Surface::conversionTarget) {
             frame.surfaces.fillConversionTarget(stored);
         }
@@ -184,7 +213,10 @@ void CSoftwareDevice::clear(Surface target, const std::array<float, 4>& colour) 
 }
 
 HRESULT CSoftwareDevice::draw(const Pass& pass) {
-    return guarded([&](Frame&) { return drawQueued(pass); });
+    return guarded([&](Frame&) {
+        takeIn();
+        return drawQueued(pass);
+    });
 }
 
 HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
@@ -267,6 +299,7 @@ bool CSoftwareDevice::note(const Pass& pass, const QueuedDraw& draw, const CRast
 
 void CSoftwareDevice::copy(Surface from, Surface to) {
     guarded([&](Frame& frame) -> HRESULT {
+        takeIn();
         const std::optional<geometry::PixelBox> box = frame.surfaces.boxOf(from);
         if (!box || box != frame.surfaces.boxOf(to))
             return E_INVALIDARG;
@@ -275,7 +308,10 @@ void CSoftwareDevice::copy(Surface from, Surface to) {
 }
 
 void CSoftwareDevice::copyBox(Surface from, const geometry::PixelBox& box, Surface to) {
-    guarded([&](Frame&) { return copyPixels(from, box, to); });
+    guarded([&](Frame&) {
+        takeIn();
+        return copyPixels(from, box, to);
+    });
 }
 
 HRESULT CSoftwareDevice::copyPixels(Surface from, const geometry::PixelBox& box, Surface to) {

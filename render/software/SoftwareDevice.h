@@ -17,7 +17,9 @@ namespace tarvo::render::software {
 /// What is asked of the output is queued and done at readBack(), or before what it looks at changes; what is
 /// asked of the surfaces of the input's side is only noted, and done for those tiles which the output looks
 /// at. What a reader takes row by row is handed over and drawn again should somebody else ask for it; it is
-/// gone once the next picture is begun, though that may fail. Once the largest frame has gone through, a
+/// gone once the next picture is begun, though that may fail. An input picture that is uploaded in between as
+/// lent waits for that, or for whoever looks at it, and is then written over the one before; of one that
+/// cannot wait, the output before is drawn into memory first. Once the largest frame has gone through, a
 /// frame allocates nothing. Nothing that a verb throws inside comes out: without memory it answers
 /// E_OUTOFMEMORY, and the verbs without an answer leave the surface as it was.
 class CSoftwareDevice final : public IRenderDevice {
@@ -66,6 +68,11 @@ private:
     template<typename Verb>
     HRESULT guarded(Verb verb) noexcept;
     HRESULT failed(HRESULT result, int line) const noexcept;
+    /// Puts the input picture that waits, if there is one, in its place. What can be drawn again is first
+    /// brought into memory.
+    void takeIn();
+    /// The same for one that cannot wait until the next output is begun.
+    void takeInEarly();
     HRESULT drawQueued(const Pass& pass);
     /// The usual passes over the whole conversion target only change what it shows; false for any other.
     bool note(const Pass& pass, const QueuedDraw& draw, const CRaster& raster);

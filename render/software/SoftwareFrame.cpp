@@ -6,6 +6,11 @@
 
 namespace tarvo::render::software {
 
+bool CSoftwareDevice::Frame::isInputPictureFree() const {
+    const PictureShare& picture = *surfaces.picture(Surface::inputPicture);
+    return picture->isStored() && picture->shares() == 1 + queue.sharesOf(*picture);
+}
+
 HRESULT CSoftwareDevice::Frame::findRange(const DrawRange& range, std::span<const geometry::Vertex>& corners,
                                           std::span<const std::uint32_t>& corner) const {
     const bool isMarker = range.source == VertexSource::overviewMarker;

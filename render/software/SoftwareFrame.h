@@ -25,6 +25,10 @@ struct CSoftwareDevice::Frame {
     HRESULT find(const Pass& pass, QueuedDraw& draw, RasterKey& key,
                  std::span<const geometry::Vertex>& corners, std::span<const std::uint32_t>& corner) const;
 
+    /// Whether nothing but what can be drawn again is in the way of writing the next input picture over the
+    /// one that is there.
+    bool isInputPictureFree() const;
+
     std::shared_ptr<CThreadPool> pool;
     CSurfaces surfaces;
     CDrawnRanges ranges;
@@ -32,6 +36,9 @@ struct CSoftwareDevice::Frame {
     CDrawQueue queue;
     bool isPictureInMemory = true;   ///< of the output target
     bool wasPictureAskedFor = false; ///< once more than it was drawn
+    /// The next input picture, not in its place yet: the output may still be asked for that was drawn from
+    /// the one there. While it waits, nothing is queued but what was done apart.
+    std::optional<SourceRows> waitingPicture;
     WorkCounters counters;
     HRESULT failure = S_OK;               ///< of what was queued since the last read-back
     std::optional<ShaderProgram> program; ///< prepared

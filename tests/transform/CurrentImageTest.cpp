@@ -1,3 +1,5 @@
+#include "render/software/SoftwareDevice.h"
+#include "tests/render/software/CountedMemory.h"
 #include "tests/transform/EventSinks.h"
 #include "tests/transform/TransformHost.h"
 
@@ -5,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 
 namespace tarvo::transform {
 namespace {
@@ -111,6 +114,104 @@ TEST_F(CurrentImage, tellsWhyThePictureCannotBeMapped) {
                 testing::HasSubstr("CDewarpingTransform::GetCurrentImage() [id: 1]  [line: "));
     other.recording->answer = nullptr;
     EXPECT_EQ(currentImage(*other.transform).size(), 40U + 24 * 96);
+}
+
+using render::software::WatchedMemory;
+
+/// What an image of the frame has to be: rows of `width` pixels, the lowest first, without the fourth bytes.
+/// The frame has its top row first.
+std::vector<std::uint8_t> imageOf(const std::vector<std::uint8_t>& frame, std::size_t width) {
+    std::vector<std::uint8_t> rows;
+    for (std::size_t end = frame.size(); end != 0; end -= width * 4) {
+        for (std::size_t pixel = end - width * 4; pixel != end; pixel += 4)
+            rows.insert(rows.end(), &frame[pixel], &frame[pixel] + 3);
+    }
+    return rows;
+}
+
+std::vector<std::uint8_t> rowsOf(const std::vector<std::uint8_t>& image) {
+    return {image.begin() + 40, image.end()};
+}
+
+/// On the component's own device, which keeps no picture of an output unless it is asked for; it looks at
+/// frames of `width`×`height` and has rows of 200 pixels.
+class CurrentImageDrawnAgain : public CTransformTest {
+protected:
+    static constexpr int width = 320;
+    static constexpr int height = 240;
+    static constexpr std::size_t pictureBytes = std::size_t{width} * height * 4;
+
+    void SetUp() override { host.negotiateRgb(width, height, 200, 150); }
+    Delivered through(int picture) {
+        Delivered frame = host.through(patternRgb(width, height, picture), picture * 400'000);
+        EXPECT_EQ(frame.result, S_OK);
+        return frame;
+    }
+
+    CTransformHost host{[](diagnostics::ObjectLog log) {
+        return std::make_unique<render::software::CSoftwareDevice>(
+            log, std::make_shared<render::software::CThreadPool>(2), WatchedMemory::source);
+    }};
+};
+
+TEST_F(CurrentImageDrawnAgain, isTheLastFrame) {
+    for (int picture = 0; picture < 6; ++picture) {
+        const Delivered frame = through(picture);
+        if (picture % 3 == 0)
+            continue; // so that the next one is handed over
+        LONGLONG time = -1;
+        EXPECT_EQ(rowsOf(currentImage(*host.transform, &time)), imageOf(frame.bytes, 200));
+        EXPECT_EQ(time, picture * 400'000);
+        EXPECT_EQ(rowsOf(currentImage(*host.transform)), imageOf(frame.bytes, 200)) << "asked for once more";
+    }
+}
+
+TEST_F(CurrentImageDrawnAgain, isTheLastFrameWhileTheNextIsPrepared) {
+    std::vector<std::uint8_t> seen;
+    bool isAskedFor = false;
+    PrepareSink sink(host, [&](const DISPPARAMS&) {
+        if (isAskedFor)
+            seen = rowsOf(currentImage(*host.transform));
+        return S_OK;
+    });
+    Delivered last = through(0);
+    for (int picture = 1; picture < 7; ++picture) {
+        isAskedFor = picture != 3 && picture != 4;
+        seen.clear();
+        const Delivered frame = through(picture);
+        EXPECT_NE(frame.bytes, last.bytes);
+        if (isAskedFor) {
+            EXPECT_EQ(seen, imageOf(last.bytes, 200));
+        }
+        last = frame;
+    }
+}
+
+TEST_F(CurrentImageDrawnAgain, costsNoSecondInputPicture) {
+    bool isAskedFor = false;
+    PrepareSink sink(host, [&](const DISPPARAMS&) {
+        if (isAskedFor) {
+            EXPECT_FALSE(currentImage(*host.transform).empty());
+        }
+        return S_OK;
+    });
+    for (int picture = 0; picture < 8; ++picture) {
+        isAskedFor = picture == 5;
+        through(picture);
+        if (picture == 3) {
+            EXPECT_FALSE(currentImage(*host.transform).empty());
+        }
+        EXPECT_EQ(WatchedMemory::written(pictureBytes), 1);
+    }
+}
+
+TEST_F(CurrentImageDrawnAgain, isThatOfFramesWithTheLowestRowFirst) {
+    ASSERT_EQ(host.setOutput(rgbType(200, 150)), S_OK);
+    const Delivered turned = through(1);
+    std::vector<std::uint8_t> rows;
+    for (std::size_t pixel = 0; pixel != turned.bytes.size(); pixel += 4)
+        rows.insert(rows.end(), &turned.bytes[pixel], &turned.bytes[pixel] + 3);
+    EXPECT_EQ(rowsOf(currentImage(*host.transform)), rows);
 }
 
 } // namespace

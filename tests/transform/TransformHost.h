@@ -76,20 +76,12 @@ public:
         own ///< the one that the object takes unasked
     };
 
-    explicit CTransformHost(Device device = Device::reference) {
+    explicit CTransformHost(Device device = Device::reference)
+        : CTransformHost([this, device](diagnostics::ObjectLog log) { return make(device, log); }) {}
+    explicit CTransformHost(const DeviceMaker& makeDevice) {
         m_log.SetModule("TvVideoTransform", 2);
         m_services.setDword("DBGView", 2);
-        const auto make = [this,
-                           device](diagnostics::ObjectLog log) -> std::unique_ptr<render::IRenderDevice> {
-            if (device == Device::reference)
-                return std::make_unique<render::reference::CReferenceDevice>(log);
-            if (device == Device::own)
-                return makeRenderDevice(log);
-            auto made = std::make_unique<tests::CRecordingDevice>();
-            recording = made.get();
-            return made;
-        };
-        object.attach(new CDewarpingTransform(com::Outer{}, TransformServices{m_log, make}));
+        object.attach(new CDewarpingTransform(com::Outer{}, TransformServices{m_log, makeDevice}));
         media = object.as<IMediaObject>();
         transform = object.as<IDewarpingTransform>();
     }
@@ -177,6 +169,16 @@ public:
     }
 
 private:
+    std::unique_ptr<render::IRenderDevice> make(Device device, diagnostics::ObjectLog log) {
+        if (device == Device::reference)
+            return std::make_unique<render::reference::CReferenceDevice>(log);
+        if (device == Device::own)
+            return makeRenderDevice(log);
+        auto made = std::make_unique<tests::CRecordingDevice>();
+        recording = made.get();
+        return made;
+    }
+
     diagnostics::FakeLogServices m_services;
     diagnostics::Log m_log{m_services};
 

@@ -1,44 +1,14 @@
 #include "tests/render/software/CountedMemory.h"
 #include "tests/render/software/CustomViewFixture.h"
-#include "tests/render/software/SoftwareDeviceFixture.h"
+#include "tests/render/software/HandedOverFixture.h"
 #include "tests/support/AllocationCount.h"
 
 #include <initializer_list>
-#include <mutex>
 
 namespace tarvo::render::software {
 namespace {
 
-constexpr int width = 320;
-constexpr int height = 240;
-constexpr int outputWidth = 200;
-constexpr int outputHeight = 150; // the last band has six rows
-
-/// Takes rows as they are finished.
-struct CRowsTaken : IMappedRowsVisitor {
-    Picture picture{outputWidth, outputHeight};
-    std::vector<int> visits = std::vector<int>(outputHeight);
-    bool hasSeenPixels = false;
-    bool takesAlone = true;
-    HRESULT result = S_OK;
-    std::mutex lock;
-
-    bool takesRowsAlone() const override { return takesAlone; }
-    void rowsFinished(const MappedRows& rows, int first, int end) noexcept override {
-        const std::lock_guard guard(lock);
-        for (int y = first; y < end; ++y) {
-            ++visits[static_cast<std::size_t>(y)];
-            std::memcpy(&picture.at(0, y), rows.data + static_cast<std::size_t>(y) * rows.pitchBytes,
-                        outputWidth * 4U);
-        }
-    }
-    HRESULT visit(const MappedRows& rows) override {
-        EXPECT_EQ(rows.width, outputWidth);
-        EXPECT_EQ(rows.height, outputHeight);
-        hasSeenPixels = rows.data != nullptr;
-        return result;
-    }
-};
+using namespace handedOver;
 
 /// A device whose rows are handed over, beside one that draws the same into memory.
 class HandedOver : public SoftwareDevice {
@@ -59,17 +29,7 @@ protected:
     }
     /// Two views, the second one over a quarter of the first.
     static void draw(IRenderDevice& target, float turn, std::initializer_list<int> quads = {0, 8}) {
-        target.clear(Surface::outputTarget, greyClear);
-        for (const int quad : quads) {
-            const DewarpConstants constants =
-                singleViewConstants(width, height, 0.2F, turn + static_cast<float>(quad));
-            EXPECT_EQ(target.prepare(ShaderProgram::singleView, ConstantSlot::dewarp, recordBytes(constants)),
-                      S_OK);
-            Pass pass = passOf(ShaderProgram::singleView, Surface::inputPicture, quadRange(quad));
-            pass.constantSlot = ConstantSlot::dewarp;
-            pass.constants = recordBytes(constants);
-            EXPECT_EQ(target.draw(pass), S_OK);
-        }
+        drawViews(target, turn, quads);
     }
     void frame(unsigned seed, float turn) {
         for (IRenderDevice* const each :
@@ -221,17 +181,6 @@ TEST_F(HandedOver, IsNotConfusedByManyOtherRanges) {
         ASSERT_EQ(device.draw(yv12Pass()), S_OK);
     }
     EXPECT_EQ(outputOf(device).pixels, expected.pixels);
-}
-
-TEST_F(HandedOver, PixelsThatCameAsSuchAreNotHandedOver) {
-    openFor(PixelFormat::rgb32, width, height, outputWidth, outputHeight);
-    const Picture input = noisePicture(width, height, 3);
-    ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(input)), S_OK);
-    draw(device, 0.3F);
-    CRowsTaken taken;
-    EXPECT_EQ(device.readBack(taken), S_OK);
-    EXPECT_TRUE(taken.hasSeenPixels);
-    EXPECT_EQ(outputOf(device).pixels, taken.picture.pixels);
 }
 
 TEST_F(HandedOver, WhatIsSeenThroughTablesOutlastsThem) {

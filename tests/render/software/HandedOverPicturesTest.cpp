@@ -1,0 +1,232 @@
+#include "tests/render/software/CountedMemory.h"
+#include "tests/render/software/HandedOverFixture.h"
+
+#include <array>
+#include <functional>
+
+namespace tarvo::render::software {
+namespace {
+
+using namespace handedOver;
+
+/// Frames that come as pixels, through a device that hands rows over, beside one that draws them into memory.
+class HandedOverPictures : public SoftwareDevice {
+protected:
+    void SetUp() override {
+        for (CSoftwareDevice* const each : both()) {
+            ASSERT_EQ(
+                each->open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
+                S_OK);
+            ASSERT_EQ(each->geometry(quads(), {}), S_OK);
+        }
+    }
+
+    std::array<CSoftwareDevice*, 2> both() { return {&device, &plainDevice}; }
+
+    static SourceRows lent(const Picture& picture) {
+        SourceRows rows = rowsOf(picture);
+        rows.isLent = true;
+        return rows;
+    }
+    /// Uploads a picture, draws it and hands the output over, which is the plain device's.
+    Picture handOver(const Picture& input, float turn) {
+        for (CSoftwareDevice* const each : both()) {
+            EXPECT_EQ(each->upload(Surface::inputPicture, lent(input)), S_OK);
+            drawViews(*each, turn, {0, 8});
+        }
+        CRowsTaken taken;
+        EXPECT_EQ(device.readBack(taken), S_OK);
+        EXPECT_FALSE(taken.hasSeenPixels);
+        EXPECT_EQ(taken.visits, std::vector<int>(outputHeight, 1));
+        const Picture expected = outputOf(plainDevice);
+        EXPECT_EQ(taken.picture.pixels, expected.pixels);
+        for (CSoftwareDevice* const each : both())
+            each->keepInput();
+        return expected;
+    }
+
+    const Picture first = noisePicture(width, height, 3);
+    const Picture second = noisePicture(width, height, 4);
+    CSoftwareDevice plainDevice{diagnostics::ObjectLog{log, 8}};
+};
+
+TEST_F(HandedOverPictures, RowsAreThoseOfThePicture) {
+    for (unsigned seed = 1; seed < 6; ++seed)
+        handOver(noisePicture(width, height, seed), static_cast<float>(seed / 2));
+}
+
+TEST_F(HandedOverPictures, IsDrawnAgainForWhoAsksLater) {
+    for (unsigned seed = 1; seed < 4; ++seed) {
+        const Picture expected = handOver(noisePicture(width, height, seed), 0.5F);
+        for (int i = 0; i < 2; ++i)
+            EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+        // Who asked may ask again, so that the next one is in memory, and the one after it is not.
+        EXPECT_EQ(device.upload(Surface::inputPicture, lent(first)), S_OK);
+        drawViews(device, 0.5F, {0});
+        CRowsTaken taken;
+        EXPECT_EQ(device.readBack(taken), S_OK);
+        EXPECT_TRUE(taken.hasSeenPixels);
+    }
+}
+
+TEST_F(HandedOverPictures, IsThereUntilTheNextOneIsBegun) {
+    const Picture expected = handOver(first, 0.5F);
+    ASSERT_EQ(device.upload(Surface::inputPicture, lent(second)), S_OK);
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels) << "the next frame is there, but not drawn";
+    ASSERT_EQ(plainDevice.upload(Surface::inputPicture, lent(second)), S_OK);
+    for (CSoftwareDevice* const each : both())
+        drawViews(*each, 0.5F, {0});
+    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+    EXPECT_NE(outputOf(device).pixels, expected.pixels);
+}
+
+TEST_F(HandedOverPictures, OutlastsPicturesThatAreNotDrawn) {
+    const Picture expected = handOver(first, 0.5F);
+    for (unsigned seed = 10; seed < 13; ++seed) {
+        Picture other = noisePicture(width, height, seed);
+        ASSERT_EQ(device.upload(Surface::inputPicture, lent(other)), S_OK);
+        device.keepInput();
+        std::fill(other.pixels.begin(), other.pixels.end(), grey);
+    }
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+    // The last one of them is what is seen from now on.
+    const Picture last = noisePicture(width, height, 12);
+    ASSERT_EQ(plainDevice.upload(Surface::inputPicture, lent(last)), S_OK);
+    for (CSoftwareDevice* const each : both())
+        drawViews(*each, 0.5F, {0});
+    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+}
+
+TEST_F(HandedOverPictures, OutlastsAPictureThatIsNotLent) {
+    const Picture expected = handOver(first, 0.5F);
+    Picture other = second;
+    ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(other)), S_OK);
+    std::fill(other.pixels.begin(), other.pixels.end(), grey);
+    EXPECT_EQ(outputOf(device).pixels, expected.pixels);
+    ASSERT_EQ(plainDevice.upload(Surface::inputPicture, lent(second)), S_OK);
+    for (CSoftwareDevice* const each : both())
+        drawViews(*each, 0.5F, {0});
+    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+}
+
+TEST_F(HandedOverPictures, OfTwoThatWereLentTheLaterOneIsSeen) {
+    handOver(first, 0.5F);
+    const Picture third = noisePicture(width, height, 5);
+    for (CSoftwareDevice* const each : both()) {
+        ASSERT_EQ(each->upload(Surface::inputPicture, lent(third)), S_OK);
+        ASSERT_EQ(each->upload(Surface::inputPicture, lent(second)), S_OK);
+        drawViews(*each, 0.5F, {0});
+    }
+    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+}
+
+TEST_F(HandedOverPictures, WhatLooksAtTheNextOneSeesItBeforeItIsDrawn) {
+    const geometry::PixelBox area{10, 20, 74, 68};
+    const ExcludeConstants constants{{0.0F, 0.0F, 0.5F, 0.5F}};
+    // Each upon the output of the first picture, with the second one uploaded.
+    const std::array<std::function<void(IRenderDevice&)>, 5> steps{
+        [](IRenderDevice& target) {
+            EXPECT_EQ(target.draw(passOf(ShaderProgram::plainCopy, Surface::inputPicture, quadRange(4))),
+                      S_OK);
+        },
+        [&](IRenderDevice& target) { EXPECT_EQ(target.draw(excludePass(constants)), S_OK); },
+        [](IRenderDevice& target) { target.copy(Surface::inputPicture, Surface::conversionTarget); },
+        [&](IRenderDevice& target) { target.copyBox(Surface::inputPicture, area, Surface::excludeArea); },
+        [&](IRenderDevice& target) { target.copyBox(Surface::inputPicture, area, Surface::outputTarget); }};
+    for (const auto& step : steps) {
+        for (CSoftwareDevice* const each : both())
+            ASSERT_EQ(each->geometry(quads(), {{}, area}), S_OK);
+        handOver(first, 0.5F);
+        for (CSoftwareDevice* const each : both()) {
+            ASSERT_EQ(each->upload(Surface::inputPicture, lent(second)), S_OK);
+            step(*each);
+        }
+        EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+        for (const Surface surface :
+             {Surface::conversionTarget, Surface::excludeArea, Surface::inputPicture}) {
+            for (CSoftwareDevice* const each : both()) {
+                each->clear(Surface::outputTarget, greyClear);
+                EXPECT_EQ(each->draw(passOf(ShaderProgram::plainCopy, surface, quadRange(0))), S_OK);
+            }
+            EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+        }
+        // Nobody asks for the next frames more than once.
+        for (CSoftwareDevice* const each : both()) {
+            each->clear(Surface::outputTarget, greyClear);
+            CRowsTaken taken;
+            EXPECT_EQ(each->readBack(taken), S_OK);
+        }
+    }
+}
+
+/// Blocks that could hold an input picture.
+constexpr std::size_t pictureBytes = std::size_t{width} * height * 4;
+
+TEST_F(HandedOverPictures, TheNextOneTakesTheSameMemory) {
+    CSoftwareDevice watched(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
+                            WatchedMemory::source);
+    ASSERT_EQ(watched.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
+              S_OK);
+    ASSERT_EQ(watched.geometry(quads(), {}), S_OK);
+    ASSERT_EQ(WatchedMemory::written(pictureBytes), 0);
+    for (unsigned seed = 1; seed < 9; ++seed) {
+        const Picture input = noisePicture(width, height, seed);
+        ASSERT_EQ(watched.upload(Surface::inputPicture, lent(input)), S_OK);
+        if (seed % 4 == 0)
+            outputOf(watched); // the one before
+        drawViews(watched, 0.1F * static_cast<float>(seed), {0, 8});
+        CRowsTaken taken;
+        ASSERT_EQ(watched.readBack(taken), S_OK);
+        EXPECT_EQ(taken.hasSeenPixels, seed % 4 == 0 || seed == 7) << seed;
+        watched.keepInput();
+        if (seed == 6) {
+            outputOf(watched);
+            drawViews(watched, 0.0F, {0}); // the same input once more, into memory
+            outputOf(watched);
+        }
+        EXPECT_EQ(WatchedMemory::written(pictureBytes), 1);
+    }
+}
+
+TEST_F(HandedOverPictures, AreaAndOverviewTakeNoMoreMemoryThanIsReady) {
+    const CountedMemory counted;
+    CSoftwareDevice counting(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
+                             CountedMemory::source);
+    ASSERT_EQ(counting.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
+              S_OK);
+    const geometry::PixelBox area{0, 0, 64, 48};
+    const ExcludeConstants constants{{0.0F, 0.0F, 0.2F, 0.2F}};
+    int blocks = 0;
+    for (CSoftwareDevice* const each : {&counting, &plainDevice})
+        ASSERT_EQ(each->geometry(quads(), {{}, area}), S_OK);
+    for (unsigned seed = 1; seed < 9; ++seed) {
+        const Picture input = noisePicture(width, height, seed);
+        for (CSoftwareDevice* const each : {&counting, &plainDevice}) {
+            ASSERT_EQ(each->upload(Surface::inputPicture, lent(input)), S_OK);
+            each->clear(Surface::outputTarget, greyClear);
+            each->clear(Surface::conversionTarget, opaqueBlackClear);
+            each->copyBox(Surface::inputPicture, area, Surface::excludeArea);
+            EXPECT_EQ(each->draw(excludePass(constants)), S_OK);
+            each->copy(Surface::conversionTarget, Surface::maskedInput);
+            for (const auto& [surface, quad] :
+                 {std::pair{Surface::maskedInput, 0}, {Surface::excludeArea, 4}, {Surface::inputPicture, 8}})
+                EXPECT_EQ(each->draw(passOf(ShaderProgram::plainCopy, surface, quadRange(quad))), S_OK);
+        }
+        CRowsTaken taken;
+        ASSERT_EQ(counting.readBack(taken), S_OK);
+        EXPECT_FALSE(taken.hasSeenPixels);
+        counting.keepInput();
+        const Picture expected = outputOf(plainDevice);
+        EXPECT_EQ(taken.picture.pixels, expected.pixels);
+        if (seed == 2)
+            blocks = CountedMemory::taken;
+        if (seed == 8) {
+            ASSERT_EQ(counting.upload(Surface::inputPicture, lent(first)), S_OK);
+            EXPECT_EQ(outputOf(counting).pixels, expected.pixels);
+        }
+    }
+    EXPECT_EQ(CountedMemory::taken, blocks);
+}
+
+} // namespace
+} // namespace tarvo::render::software
