@@ -11,6 +11,10 @@ namespace {
 
 constexpr std::size_t bytesPerPixel = 4;
 
+std::size_t rgb32RowBytes(int width) {
+    return static_cast<std::size_t>(width) * bytesPerPixel;
+}
+
 } // namespace
 
 HRESULT COutputDelivery::visit(const MappedRows& rows) {
@@ -22,9 +26,22 @@ HRESULT COutputDelivery::visit(const MappedRows& rows) {
     return result;
 }
 
+WritableRows COutputDelivery::rowsToFill(int width, int height) noexcept {
+    const std::size_t stride = m_format.strideBytes;
+    if (!takesRowsAlone() || m_format.format != PixelFormat::rgb32 || stride < rgb32RowBytes(width) ||
+        !hasRoomForRgb32(width, height)) {
+        return {};
+    }
+    const auto step = static_cast<std::ptrdiff_t>(stride);
+    if (m_format.isBottomUp) {
+        return {m_output.data() + static_cast<std::size_t>(height - 1) * stride, -step};
+    }
+    return {m_output.data(), step};
+}
+
 void COutputDelivery::rowsFinished(const MappedRows& picture, int first, int end) noexcept {
     // What cannot be delivered is not delivered in part: visit() says so.
-    if (SUCCEEDED(deliverRows(picture, first, end))) {
+    if (picture.data == nullptr || SUCCEEDED(deliverRows(picture, first, end))) {
         m_rowsDelivered.fetch_add(end - first, std::memory_order_relaxed);
     }
 }
@@ -53,19 +70,23 @@ HRESULT COutputDelivery::deliverRows(const MappedRows& rows, int first, int end)
     return E_FAIL;
 }
 
+bool COutputDelivery::hasRoomForRgb32(int width, int height) const {
+    const std::size_t stride = m_format.strideBytes;
+    // The last row needs no room behind its pixels; with less stride than a row takes, rows are cut off.
+    const std::size_t pixelBytes = std::min(rgb32RowBytes(width), stride);
+    return static_cast<std::size_t>(height - 1) * stride + pixelBytes <= m_output.size();
+}
+
 HRESULT COutputDelivery::deliverRgb32(const MappedRows& rows, int first, int end) const {
     const std::size_t stride = m_format.strideBytes;
     // Rows of no bytes ask for nothing, and a buffer of none may be nowhere.
     if (stride == 0) {
         return S_OK;
     }
-    const auto height = static_cast<std::size_t>(rows.height);
-    const std::size_t lastRow = (height - 1) * stride;
-    // The last row needs no room behind its pixels; with less stride than a row takes, rows are cut off.
-    const std::size_t pixelBytes = std::min(static_cast<std::size_t>(rows.width) * bytesPerPixel, stride);
-    if (lastRow + pixelBytes > m_output.size()) {
+    if (!hasRoomForRgb32(rows.width, rows.height)) {
         return E_FAIL;
     }
+    const auto height = static_cast<std::size_t>(rows.height);
     const auto firstRow = static_cast<std::size_t>(first);
     const auto endRow = static_cast<std::size_t>(end);
     // Rows that lie alike go in one piece, padding and all.

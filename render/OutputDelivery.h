@@ -23,9 +23,12 @@ public:
     /// YV12. The observer sees the picture all the same; what it answers changes nothing.
     HRESULT visit(const MappedRows& rows) override;
     bool takesRowsAlone() const override { return m_observer == nullptr; }
+    /// The output buffer, for RGB32 that need not be cut off; what lies between its rows is left alone.
+    WritableRows rowsToFill(int width, int height) noexcept override;
     void rowsFinished(const MappedRows& picture, int first, int end) noexcept override;
 
 private:
+    bool hasRoomForRgb32(int width, int height) const;
     HRESULT deliver(const MappedRows& rows) const;
     HRESULT deliverRows(const MappedRows& rows, int first, int end) const;
     HRESULT deliverRgb32(const MappedRows& rows, int first, int end) const;

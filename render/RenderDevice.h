@@ -40,6 +40,13 @@ struct MappedRows {
     int height = 0; ///< rows
 };
 
+/// Rows that a picture is to be written to: BGRA, top row first, at any address. Nothing but the pixels of
+/// its rows may be written; `data` is the first row, null where there are none, and the step may be negative.
+struct WritableRows {
+    std::byte* data = nullptr;
+    std::ptrdiff_t pitchBytes = 0;
+};
+
 /// Takes the rendered picture. Must not use the device.
 class IMappedRowsVisitor {
 public:
@@ -49,11 +56,20 @@ public:
     /// visit() rows without pixels (`data` is null), which only asks for the result.
     virtual bool takesRowsAlone() const { return false; }
 
+    /// Where the visitor wants the rows of a picture of so many pixels, if it takes them alone and as they
+    /// are; none otherwise. The memory may be slow to read. A device may ask for it before it draws, and draw
+    /// there.
+    virtual WritableRows rowsToFill(int width, int height) noexcept {
+        static_cast<void>(width);
+        static_cast<void>(height);
+        return {};
+    }
+
     /// Rows `first` up to `end` of the picture have their final pixels, which are still in the cache; both
     /// are even, but for the end of the last rows. No others may be looked at, and these only until the call
-    /// returns. Devices that draw when the picture is asked for call this before visit(), for all rows, on
-    /// several threads at once; others, and when nothing was to be drawn, not at all. Should drawing fail,
-    /// visit() does not follow.
+    /// returns. Without pixels (`data` is null) they are where rowsToFill() wanted them. Devices that draw
+    /// when the picture is asked for call this before visit(), for all rows, on several threads at once;
+    /// others, and when nothing was to be drawn, not at all. Should drawing fail, visit() does not follow.
     virtual void rowsFinished(const MappedRows& picture, int first, int end) noexcept {
         static_cast<void>(picture);
         static_cast<void>(first);

@@ -151,6 +151,14 @@ bool CDrawQueue::isRepeatable() const {
     return beginsWithClear() && std::all_of(m_steps.begin(), m_steps.end(), isLasting);
 }
 
+bool CDrawQueue::isWritingOnly() const {
+    // What is seen through tables may be made opaque where it was written.
+    return std::all_of(m_steps.begin(), m_steps.end(), [](const Step& step) {
+        const QueuedDraw& draw = step.draw;
+        return step.isClear || (!draw.isBlended && draw.pixels == nullptr && !draw.tables.isThere());
+    });
+}
+
 int CDrawQueue::sharesOf(const CTiledPicture& picture) const {
     return static_cast<int>(std::count_if(m_steps.begin(), m_steps.end(), [&](const Step& step) {
         return step.draw.picture.get() == &picture;

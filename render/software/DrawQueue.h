@@ -46,6 +46,16 @@ struct TargetView {
     }
 };
 
+/// Where a queue is done.
+struct Destination {
+    TargetView target;
+    /// If not null, rows of bands are drawn here instead, and are only there while somebody is told of them.
+    CBandRows* bandRows = nullptr;
+    /// Whether the target's memory is not what holds the picture for those who ask later: then it is done
+    /// apart, and can be done again.
+    bool isApart = false;
+};
+
 /// How much work was done since the device was opened; for tests and measurements.
 struct WorkCounters {
     std::uint64_t tilesMade = 0;       ///< of input pictures: converted, filled, masked
@@ -76,16 +86,19 @@ public:
     /// Whether it was done apart and can be asked for again, until it is cleared.
     bool canRepeat() const { return m_isDoneApart; }
     void askAgain() { m_isDoneApart = false; }
+    /// Whether nothing it does looks at what it wrote to the target.
+    bool isWritingOnly() const;
     /// How many shares of a picture it holds.
     int sharesOf(const CTiledPicture& picture) const;
 
     /// Does it all and forgets it, unless it is done apart. `rowsFinished(rows, first, end)` is told about
-    /// every row once, in bands, by any thread, and throws nothing. Rows that are done apart are only there
-    /// while rowsFinished() sees them. Throws std::bad_alloc when the pictures that are looked at find no
-    /// memory; nothing is drawn then, and all is forgotten.
+    /// every row once, in bands, by any thread, and throws nothing. Writes nothing but the target's pixels.
+    /// Throws std::bad_alloc when the pictures that are looked at find no memory; nothing is drawn then, and
+    /// all is forgotten.
     template<typename RowsFinished>
-    void execute(const TargetView& target, CBandRows* apart, CPictureStore& store, CThreadPool& pool,
+    void execute(const Destination& destination, CPictureStore& store, CThreadPool& pool,
                  const RowKernels& kernels, WorkCounters& counters, RowsFinished rowsFinished) {
+        const TargetView& target = destination.target;
         begin(store, counters);
         // All passes band by band: what one leaves behind is still in the cache for what follows from it.
         std::atomic<std::uint64_t> cleared{0};
@@ -94,15 +107,15 @@ public:
             rowsFinished(rows, band * bandHeight, std::min((band + 1) * bandHeight, target.height));
         };
         pool.run(bandCount(target.height), [&](int band) noexcept {
-            if (apart == nullptr) {
+            if (destination.bandRows == nullptr) {
                 executeTo(target, band);
             } else {
-                const CBandRows::CLoan loan(*apart);
+                const CBandRows::CLoan loan(*destination.bandRows);
                 executeTo(target.withBandAt(loan.rows(), band), band);
             }
         });
         counters.pixelsCleared += cleared.load(std::memory_order_relaxed);
-        end(apart != nullptr);
+        end(destination.isApart);
     }
 
 private:

@@ -267,7 +267,7 @@ HRESULT CSoftwareDevice::drawQueued(const Pass& pass) {
     const TargetView target = frame.surfaces.drawableConversionTarget(*frame.pool);
     CDrawQueue now;
     now.add(std::move(draw));
-    now.execute(target, nullptr, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters,
+    now.execute({target}, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters,
                 [](const TargetView&, int, int) {});
     return S_OK;
 }
@@ -329,6 +329,20 @@ HRESULT CSoftwareDevice::copyPixels(Surface from, const geometry::PixelBox& box,
     return result;
 }
 
+Destination CSoftwareDevice::destinationFor(IMappedRowsVisitor& reader) noexcept {
+    Frame& frame = *m_frame;
+    const TargetView& output = frame.surfaces.output();
+    if (frame.queue.isWritingOnly()) {
+        const WritableRows rows = reader.rowsToFill(output.width, output.height);
+        if (rows.data != nullptr)
+            return {{static_cast<std::uint8_t*>(static_cast<void*>(rows.data)), rows.pitchBytes, output.width,
+                     output.height},
+                    nullptr,
+                    true};
+    }
+    return {output, &frame.bandRows, true};
+}
+
 HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
     Frame& frame = *m_frame;
     HRESULT result = S_OK;
@@ -338,13 +352,18 @@ HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
         // Who asked for the last picture later may do so with each of them.
         const bool isApart = observer != nullptr && observer->takesRowsAlone() &&
                              !std::exchange(frame.wasPictureAskedFor, false) && frame.queue.isRepeatable();
+        const Destination destination =
+            isApart ? destinationFor(*observer) : Destination{frame.surfaces.output()};
+        const bool isFilled = isApart && destination.bandRows == nullptr;
         try {
-            frame.queue.execute(frame.surfaces.output(), isApart ? &frame.bandRows : nullptr,
-                                frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters,
-                                [&](const TargetView& rows, int first, int end) {
-                                    if (observer != nullptr)
-                                        observer->rowsFinished(mapped(rows), first, end);
-                                });
+            frame.queue.execute(
+                destination, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters,
+                [&](const TargetView& rows, int first, int end) {
+                    if (isFilled)
+                        observer->rowsFinished({nullptr, 0, rows.width, rows.height}, first, end);
+                    else if (observer != nullptr)
+                        observer->rowsFinished(mapped(rows), first, end);
+                });
             frame.isPictureInMemory = !isApart && isWhole;
         } catch (...) {
             frame.failure = result = failed(E_OUTOFMEMORY, __LINE__);

@@ -16,12 +16,12 @@ namespace tarvo::render::software {
 ///
 /// What is asked of the output is queued and done at readBack(), or before what it looks at changes; what is
 /// asked of the surfaces of the input's side is only noted, and done for those tiles which the output looks
-/// at. What a reader takes row by row is handed over and drawn again should somebody else ask for it; it is
-/// gone once the next picture is begun, though that may fail. An input picture that is uploaded in between as
-/// lent waits for that, or for whoever looks at it, and is then written over the one before; of one that
-/// cannot wait, the output before is drawn into memory first. Once the largest frame has gone through, a
-/// frame allocates nothing. Nothing that a verb throws inside comes out: without memory it answers
-/// E_OUTOFMEMORY, and the verbs without an answer leave the surface as it was.
+/// at. What a reader takes row by row is handed over, or drawn where the reader wants it, and drawn again
+/// should somebody else ask for it; it is gone once the next picture is begun, though that may fail. An input
+/// picture that is uploaded in between as lent waits for that, or for whoever looks at it, and is then
+/// written over the one before; of one that cannot wait, the output before is drawn into memory first. Once
+/// the largest frame has gone through, a frame allocates nothing. Nothing that a verb throws inside comes
+/// out: without memory it answers E_OUTOFMEMORY, and the verbs without an answer leave the surface as it was.
 class CSoftwareDevice final : public IRenderDevice {
 public:
     /// Threads of `pool`, or of the pool that all devices of the process share, which is held while the
@@ -78,6 +78,9 @@ private:
     bool note(const Pass& pass, const QueuedDraw& draw, const CRaster& raster);
     /// Throws std::bad_alloc.
     HRESULT copyPixels(Surface from, const geometry::PixelBox& box, Surface to);
+    /// Where a picture is drawn that is handed over: into the reader's own memory, if there is some and it is
+    /// only written to, or into rows that stay in the cache.
+    Destination destinationFor(IMappedRowsVisitor& reader) noexcept;
     /// `observer` is told of rows as they are finished.
     HRESULT execute(IMappedRowsVisitor* observer = nullptr) noexcept;
     /// The same, and brings into memory what was only handed over. E_FAIL when the picture is lost.

@@ -335,5 +335,59 @@ TEST_F(OutputDeliveryTest, anObserverNeedsMoreThanTheRows) {
     EXPECT_FALSE(COutputDelivery(format, {}, &watching, objectLog).takesRowsAlone());
 }
 
+TEST_F(OutputDeliveryTest, rowsOfRgb32AreWantedInTheBuffer) {
+    std::vector<std::byte> output(3 * 20, guard);
+    // Three rows of 16 bytes at every 20th; the last one needs no room behind its pixels.
+    for (const std::size_t length : {60U, 56U}) {
+        const std::span<std::byte> buffer = std::span(output).first(length);
+        const OutputFormat topDown{PixelFormat::rgb32, 4, 3, 20, false};
+        const WritableRows rows = COutputDelivery(topDown, buffer, nullptr, objectLog).rowsToFill(4, 3);
+        EXPECT_EQ(rows.data, output.data());
+        EXPECT_EQ(rows.pitchBytes, 20);
+        const OutputFormat bottomUp{PixelFormat::rgb32, 4, 3, 20, true};
+        const WritableRows turned = COutputDelivery(bottomUp, buffer, nullptr, objectLog).rowsToFill(4, 3);
+        EXPECT_EQ(turned.data, output.data() + 40);
+        EXPECT_EQ(turned.pitchBytes, -20);
+    }
+    EXPECT_TRUE(isUntouched(output));
+}
+
+TEST_F(OutputDeliveryTest, rowsThatHaveToBeChangedOnTheWayAreNotWantedInTheBuffer) {
+    std::vector<std::byte> output(1000, guard);
+    const auto isWanted = [&](const OutputFormat& format, std::size_t length, int height = 3) {
+        const std::span<std::byte> buffer = std::span(output).first(length);
+        return COutputDelivery(format, buffer, observer, objectLog).rowsToFill(4, height).data != nullptr;
+    };
+    for (const bool isBottomUp : {false, true}) {
+        EXPECT_TRUE(isWanted({PixelFormat::rgb32, 4, 3, 16, isBottomUp}, 48));
+        EXPECT_FALSE(isWanted({PixelFormat::rgb32, 4, 3, 16, isBottomUp}, 47)) << "too short";
+        EXPECT_FALSE(isWanted({PixelFormat::rgb32, 4, 3, 16, isBottomUp}, 0)) << "no memory at all";
+        EXPECT_FALSE(isWanted({PixelFormat::rgb32, 4, 3, 15, isBottomUp}, 1000)) << "rows are cut off";
+        EXPECT_FALSE(isWanted({PixelFormat::rgb32, 4, 3, 0, isBottomUp}, 1000));
+        EXPECT_FALSE(isWanted({PixelFormat::rgb32, 4, 3, 0xFFFFFFFF, isBottomUp}, 1000));
+        EXPECT_FALSE(isWanted({PixelFormat::rgb32, 4, 3, 16, isBottomUp}, 48, 4))
+            << "the picture has more rows";
+    }
+    EXPECT_FALSE(isWanted({PixelFormat::yv12, 4, 3, 16, false}, 1000));
+    EXPECT_FALSE(isWanted({PixelFormat::yuy2, 4, 3, 16, false}, 1000));
+    observer = &watching;
+    EXPECT_FALSE(isWanted({PixelFormat::rgb32, 4, 3, 16, false}, 48)) << "the observer wants to see the rows";
+    EXPECT_TRUE(isUntouched(output));
+}
+
+TEST_F(OutputDeliveryTest, rowsThatWereWrittenToTheBufferCountAsDelivered) {
+    const OutputFormat format{PixelFormat::rgb32, 16, 40, 64, false};
+    std::vector<std::byte> output(64 * 40, guard);
+    const MappedRows written{nullptr, 0, 16, 40};
+    COutputDelivery all(format, output, nullptr, objectLog);
+    inBands(all, written, 16);
+    EXPECT_EQ(all.visit(written), S_OK);
+    COutputDelivery some(format, output, nullptr, objectLog);
+    some.rowsFinished(written, 0, 16);
+    some.rowsFinished(written, 32, 40);
+    EXPECT_EQ(some.visit(written), E_FAIL) << "rows 16 to 31 are missing";
+    EXPECT_TRUE(isUntouched(output)) << "nothing is written a second time";
+}
+
 } // namespace
 } // namespace tarvo::render
