@@ -155,7 +155,7 @@ bool CDrawQueue::isWritingOnly() const {
     // What is seen through tables may be made opaque where it was written.
     return std::all_of(m_steps.begin(), m_steps.end(), [](const Step& step) {
         const QueuedDraw& draw = step.draw;
-        return step.isClear || (!draw.isBlended && draw.pixels == nullptr && !draw.tables.isThere());
+        return step.isClear || (!draw.isBlended && !draw.tables.isThere());
     });
 }
 

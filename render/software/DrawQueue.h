@@ -54,6 +54,9 @@ struct Destination {
     /// Whether the target's memory is not what holds the picture for those who ask later: then it is done
     /// apart, and can be done again.
     bool isApart = false;
+
+    /// Whether it is done in memory of whoever asks for it now.
+    bool isFilled() const { return isApart && bandRows == nullptr; }
 };
 
 /// How much work was done since the device was opened; for tests and measurements.
@@ -86,7 +89,7 @@ public:
     /// Whether it was done apart and can be asked for again, until it is cleared.
     bool canRepeat() const { return m_isDoneApart; }
     void askAgain() { m_isDoneApart = false; }
-    /// Whether nothing it does looks at what it wrote to the target.
+    /// Of a queue that can be repeated: whether nothing it does looks at what it wrote to the target.
     bool isWritingOnly() const;
     /// How many shares of a picture it holds.
     int sharesOf(const CTiledPicture& picture) const;

@@ -174,7 +174,7 @@ void CSoftwareDevice::takeIn() {
         return;
     if (frame.queue.canRepeat())
         settle();
-    // Where it is, which takes no memory.
+    // Takes no memory: while it waited, nobody took a share of the one in its place.
     frame.surfaces.upload(Surface::inputPicture, *rows, *frame.pool);
 }
 
@@ -185,16 +185,17 @@ void CSoftwareDevice::takeInEarly() {
 }
 
 void CSoftwareDevice::keepInput() {
-    if (!isOpen())
-        return;
-    execute(); // queued passes still look at the lender's memory
-    if (m_frame->waitingPicture)
-        takeInEarly();
-    // About as many devices as share these threads. The frames of a few find room in the caches until they
-    // are overwritten; those of many would only displace each other.
-    constexpr long many = 3;
-    const bool isOneOfMany = m_frame->pool.use_count() >= many;
-    m_frame->surfaces.keepInput(*m_frame->pool, isOneOfMany ? copyPastCaches : copyThroughCaches);
+    guarded([&](Frame& frame) {
+        execute(); // queued passes still look at the lender's memory
+        if (frame.waitingPicture)
+            takeInEarly();
+        // About as many devices as share these threads. The frames of a few find room in the caches until
+        // they are overwritten; those of many would only displace each other.
+        constexpr long many = 3;
+        const bool isOneOfMany = frame.pool.use_count() >= many;
+        frame.surfaces.keepInput(*frame.pool, isOneOfMany ? copyPastCaches : copyThroughCaches);
+        return S_OK;
+    });
 }
 
 void CSoftwareDevice::clear(Surface target, const std::array<float, 4>& colour) {
@@ -204,7 +205,7 @@ void CSoftwareDevice::clear(Surface target, const std::array<float, 4>& colour) 
             if (frame.queue.canRepeat())
                 frame.ranges.release();
             frame.queue.clear(stored);
-            takeIn();
+            takeIn(); // before anything is queued
         } else if (target == Surface::conversionTarget) {
             frame.surfaces.fillConversionTarget(stored);
         }
@@ -354,17 +355,16 @@ HRESULT CSoftwareDevice::execute(IMappedRowsVisitor* observer) noexcept {
                              !std::exchange(frame.wasPictureAskedFor, false) && frame.queue.isRepeatable();
         const Destination destination =
             isApart ? destinationFor(*observer) : Destination{frame.surfaces.output()};
-        const bool isFilled = isApart && destination.bandRows == nullptr;
         try {
             frame.queue.execute(
                 destination, frame.surfaces.store(), *frame.pool, rowKernels(), frame.counters,
                 [&](const TargetView& rows, int first, int end) {
-                    if (isFilled)
+                    if (destination.isFilled())
                         observer->rowsFinished({nullptr, 0, rows.width, rows.height}, first, end);
                     else if (observer != nullptr)
                         observer->rowsFinished(mapped(rows), first, end);
                 });
-            frame.isPictureInMemory = !isApart && isWhole;
+            frame.isPictureInMemory = !destination.isApart && isWhole;
         } catch (...) {
             frame.failure = result = failed(E_OUTOFMEMORY, __LINE__);
         }

@@ -18,10 +18,11 @@ namespace tarvo::render::software {
 /// asked of the surfaces of the input's side is only noted, and done for those tiles which the output looks
 /// at. What a reader takes row by row is handed over, or drawn where the reader wants it, and drawn again
 /// should somebody else ask for it; it is gone once the next picture is begun, though that may fail. An input
-/// picture that is uploaded in between as lent waits for that, or for whoever looks at it, and is then
-/// written over the one before; of one that cannot wait, the output before is drawn into memory first. Once
-/// the largest frame has gone through, a frame allocates nothing. Nothing that a verb throws inside comes
-/// out: without memory it answers E_OUTOFMEMORY, and the verbs without an answer leave the surface as it was.
+/// picture that is uploaded in between as lent waits for that, or for the next pass or copy, and is then
+/// written over the one before, unless another surface shows that one; of one that cannot wait, the output
+/// before is drawn into memory first. Once the largest frame has gone through, a frame allocates nothing.
+/// Nothing that a verb throws inside comes out: without memory it answers E_OUTOFMEMORY, and the verbs
+/// without an answer leave the surface as it was.
 class CSoftwareDevice final : public IRenderDevice {
 public:
     /// Threads of `pool`, or of the pool that all devices of the process share, which is held while the

@@ -40,18 +40,22 @@ TEST_F(Streaming, keepsTheDirectionsOfRowsApart) {
 TEST_F(Streaming, mayBeGivenTheSameMemoryForInputAndOutput) {
     // Turned upside down, so that every row is written over one that another is drawn from.
     constexpr int height = 96;
-    const auto picture = patternRgb(32, height);
     CTransformHost host(CTransformHost::Device::own);
     ASSERT_EQ(host.transform->put_Bypass(VARIANT_TRUE), S_OK);
     host.transform->put_OutputWidth(32);
     host.transform->put_OutputHeight(height);
     ASSERT_EQ(host.setInput(rgbType(32, height)), S_OK);
     ASSERT_EQ(host.setOutput(rgbType(32, -height)), S_OK);
-    CFakeBuffer buffer(picture);
-    ASSERT_EQ(host.input(buffer), S_OK);
-    Delivered frame;
-    ASSERT_EQ(host.output(buffer, frame), S_OK);
-    EXPECT_EQ(buffer.bytes, upsideDown(picture, 32 * 4));
+    CFakeBuffer buffer(std::size_t{32} * 4 * height);
+    for (int number = 0; number < 3; ++number) {
+        const auto picture = patternRgb(32, height, number);
+        buffer.bytes = picture;
+        buffer.length = static_cast<DWORD>(picture.size());
+        ASSERT_EQ(host.input(buffer, number * 400'000), S_OK);
+        Delivered frame;
+        ASSERT_EQ(host.output(buffer, frame), S_OK);
+        EXPECT_EQ(buffer.bytes, upsideDown(picture, 32 * 4)) << number;
+    }
 }
 
 TEST_F(Streaming, aDewarpedFrameIsNotTheInputAndNotBlack) {

@@ -106,7 +106,7 @@ protected:
                 convertYv12(*each);
             } else {
                 SourceRows rows = rowsOf(pixels);
-                rows.isLent = true;
+                rows.isLent = each == &device;
                 EXPECT_EQ(each->upload(Surface::inputPicture, rows), S_OK);
             }
             each->clear(Surface::outputTarget, greyClear);
@@ -189,7 +189,6 @@ TEST_F(FilledRows, WhatIsReadAgainIsDrawnInTheCache) {
     ASSERT_EQ(device.readBack(seenThroughTables), S_OK);
     EXPECT_EQ(seenThroughTables.asked, 0);
     EXPECT_TRUE(seenThroughTables.hasSeenRows);
-    EXPECT_TRUE(host.isUntouched());
 }
 
 TEST_F(FilledRows, WhoWantsThePictureIsNotAsked) {
@@ -202,7 +201,6 @@ TEST_F(FilledRows, WhoWantsThePictureIsNotAsked) {
     EXPECT_EQ(wanted.asked, 0);
     EXPECT_TRUE(wanted.hasSeenRows);
     EXPECT_TRUE(wanted.hasSeenPicture);
-    EXPECT_TRUE(host.isUntouched());
 }
 
 TEST_F(FilledRows, AreDelivered) {

@@ -28,10 +28,16 @@ protected:
         rows.isLent = true;
         return rows;
     }
+    /// Only the device under test may put it off.
+    void upload(CSoftwareDevice& target, const Picture& picture) {
+        EXPECT_EQ(
+            target.upload(Surface::inputPicture, &target == &plainDevice ? rowsOf(picture) : lent(picture)),
+            S_OK);
+    }
     /// Uploads a picture, draws it and hands the output over, which is the plain device's.
     Picture handOver(const Picture& input, float turn) {
         for (CSoftwareDevice* const each : both()) {
-            EXPECT_EQ(each->upload(Surface::inputPicture, lent(input)), S_OK);
+            upload(*each, input);
             drawViews(*each, turn, {0, 8});
         }
         CRowsTaken taken;
@@ -61,7 +67,7 @@ TEST_F(HandedOverPictures, IsDrawnAgainForWhoAsksLater) {
         for (int i = 0; i < 2; ++i)
             EXPECT_EQ(outputOf(device).pixels, expected.pixels);
         // Who asked may ask again, so that the next one is in memory, and the one after it is not.
-        EXPECT_EQ(device.upload(Surface::inputPicture, lent(first)), S_OK);
+        upload(device, first);
         drawViews(device, 0.5F, {0});
         CRowsTaken taken;
         EXPECT_EQ(device.readBack(taken), S_OK);
@@ -71,9 +77,9 @@ TEST_F(HandedOverPictures, IsDrawnAgainForWhoAsksLater) {
 
 TEST_F(HandedOverPictures, IsThereUntilTheNextOneIsBegun) {
     const Picture expected = handOver(first, 0.5F);
-    ASSERT_EQ(device.upload(Surface::inputPicture, lent(second)), S_OK);
+    upload(device, second);
     EXPECT_EQ(outputOf(device).pixels, expected.pixels) << "the next frame is there, but not drawn";
-    ASSERT_EQ(plainDevice.upload(Surface::inputPicture, lent(second)), S_OK);
+    upload(plainDevice, second);
     for (CSoftwareDevice* const each : both())
         drawViews(*each, 0.5F, {0});
     EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
@@ -82,16 +88,16 @@ TEST_F(HandedOverPictures, IsThereUntilTheNextOneIsBegun) {
 
 TEST_F(HandedOverPictures, OutlastsPicturesThatAreNotDrawn) {
     const Picture expected = handOver(first, 0.5F);
-    for (unsigned seed = 10; seed < 13; ++seed) {
-        Picture other = noisePicture(width, height, seed);
-        ASSERT_EQ(device.upload(Surface::inputPicture, lent(other)), S_OK);
+    // All of them stay where they are: what was still looked at after its loan would be grey.
+    std::array<Picture, 3> others{noisePicture(width, height, 10), noisePicture(width, height, 11), second};
+    for (Picture& other : others) {
+        upload(device, other);
         device.keepInput();
         std::fill(other.pixels.begin(), other.pixels.end(), grey);
     }
     EXPECT_EQ(outputOf(device).pixels, expected.pixels);
     // The last one of them is what is seen from now on.
-    const Picture last = noisePicture(width, height, 12);
-    ASSERT_EQ(plainDevice.upload(Surface::inputPicture, lent(last)), S_OK);
+    upload(plainDevice, second);
     for (CSoftwareDevice* const each : both())
         drawViews(*each, 0.5F, {0});
     EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
@@ -103,7 +109,7 @@ TEST_F(HandedOverPictures, OutlastsAPictureThatIsNotLent) {
     ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(other)), S_OK);
     std::fill(other.pixels.begin(), other.pixels.end(), grey);
     EXPECT_EQ(outputOf(device).pixels, expected.pixels);
-    ASSERT_EQ(plainDevice.upload(Surface::inputPicture, lent(second)), S_OK);
+    upload(plainDevice, second);
     for (CSoftwareDevice* const each : both())
         drawViews(*each, 0.5F, {0});
     EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
@@ -113,8 +119,8 @@ TEST_F(HandedOverPictures, OfTwoThatWereLentTheLaterOneIsSeen) {
     handOver(first, 0.5F);
     const Picture third = noisePicture(width, height, 5);
     for (CSoftwareDevice* const each : both()) {
-        ASSERT_EQ(each->upload(Surface::inputPicture, lent(third)), S_OK);
-        ASSERT_EQ(each->upload(Surface::inputPicture, lent(second)), S_OK);
+        upload(*each, third);
+        upload(*each, second);
         drawViews(*each, 0.5F, {0});
     }
     EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
@@ -138,7 +144,7 @@ TEST_F(HandedOverPictures, WhatLooksAtTheNextOneSeesItBeforeItIsDrawn) {
             ASSERT_EQ(each->geometry(quads(), {{}, area}), S_OK);
         handOver(first, 0.5F);
         for (CSoftwareDevice* const each : both()) {
-            ASSERT_EQ(each->upload(Surface::inputPicture, lent(second)), S_OK);
+            upload(*each, second);
             step(*each);
         }
         EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
@@ -188,6 +194,60 @@ TEST_F(HandedOverPictures, TheNextOneTakesTheSameMemory) {
     }
 }
 
+TEST_F(HandedOverPictures, NorDoesOneThatCannotWait) {
+    for (const bool isLent : {true, false}) {
+        CSoftwareDevice watched(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
+                                WatchedMemory::source);
+        ASSERT_EQ(
+            watched.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
+            S_OK);
+        ASSERT_EQ(watched.geometry(quads(), {}), S_OK);
+        // It is in its place before anything is drawn. So would the next one be, whose output is in memory
+        // already: nothing is drawn twice from then on.
+        for (const bool isFirst : {true, false}) {
+            upload(watched, first);
+            drawViews(watched, 0.5F, {0, 8});
+            CRowsTaken taken;
+            ASSERT_EQ(watched.readBack(taken), S_OK);
+            EXPECT_EQ(taken.hasSeenPixels, !isFirst);
+            watched.keepInput();
+            ASSERT_EQ(watched.upload(Surface::inputPicture, isLent ? lent(second) : rowsOf(second)), S_OK);
+            watched.keepInput();
+            EXPECT_EQ(WatchedMemory::written(pictureBytes), 1);
+        }
+    }
+}
+
+TEST_F(HandedOverPictures, OneThatFindsNoMemoryIsRefusedAtOnce) {
+    const CountedMemory counted;
+    CSoftwareDevice counting(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
+                             CountedMemory::source);
+    ASSERT_EQ(counting.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
+              S_OK);
+    // There is memory for three, each of which some other surface goes on showing.
+    const geometry::PixelBox area{0, 0, 64, 48};
+    ASSERT_EQ(counting.geometry(quads(), {{}, area}), S_OK);
+    ASSERT_EQ(plainDevice.geometry(quads(), {{}, area}), S_OK);
+    upload(counting, noisePicture(width, height, 1));
+    counting.copyBox(Surface::inputPicture, area, Surface::excludeArea);
+    upload(counting, noisePicture(width, height, 2));
+    counting.copy(Surface::inputPicture, Surface::maskedInput);
+    for (CSoftwareDevice* const each : {&counting, &plainDevice}) {
+        upload(*each, first);
+        each->copy(Surface::inputPicture, Surface::conversionTarget);
+        drawViews(*each, 0.5F, {0, 8});
+    }
+    CRowsTaken taken;
+    EXPECT_EQ(counting.readBack(taken), S_OK);
+    CountedMemory::limit = CountedMemory::taken.load();
+    EXPECT_EQ(counting.upload(Surface::inputPicture, lent(second)), E_OUTOFMEMORY);
+    counting.keepInput();
+    EXPECT_EQ(outputOf(counting).pixels, outputOf(plainDevice).pixels);
+    for (CSoftwareDevice* const each : {&counting, &plainDevice})
+        drawViews(*each, 0.2F, {0});
+    EXPECT_EQ(outputOf(counting).pixels, outputOf(plainDevice).pixels) << "of the picture before";
+}
+
 TEST_F(HandedOverPictures, AreaAndOverviewTakeNoMoreMemoryThanIsReady) {
     const CountedMemory counted;
     CSoftwareDevice counting(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
@@ -202,7 +262,7 @@ TEST_F(HandedOverPictures, AreaAndOverviewTakeNoMoreMemoryThanIsReady) {
     for (unsigned seed = 1; seed < 9; ++seed) {
         const Picture input = noisePicture(width, height, seed);
         for (CSoftwareDevice* const each : {&counting, &plainDevice}) {
-            ASSERT_EQ(each->upload(Surface::inputPicture, lent(input)), S_OK);
+            upload(*each, input);
             each->clear(Surface::outputTarget, greyClear);
             each->clear(Surface::conversionTarget, opaqueBlackClear);
             each->copyBox(Surface::inputPicture, area, Surface::excludeArea);
@@ -221,7 +281,7 @@ TEST_F(HandedOverPictures, AreaAndOverviewTakeNoMoreMemoryThanIsReady) {
         if (seed == 2)
             blocks = CountedMemory::taken;
         if (seed == 8) {
-            ASSERT_EQ(counting.upload(Surface::inputPicture, lent(first)), S_OK);
+            upload(counting, first);
             EXPECT_EQ(outputOf(counting).pixels, expected.pixels);
         }
     }
