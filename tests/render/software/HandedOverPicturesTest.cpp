@@ -228,9 +228,11 @@ TEST_F(HandedOverPictures, OneThatFindsNoMemoryIsRefusedAtOnce) {
     const geometry::PixelBox area{0, 0, 64, 48};
     ASSERT_EQ(counting.geometry(quads(), {{}, area}), S_OK);
     ASSERT_EQ(plainDevice.geometry(quads(), {{}, area}), S_OK);
-    upload(counting, noisePicture(width, height, 1));
+    const Picture shownByArea = noisePicture(width, height, 1);
+    const Picture shownMasked = noisePicture(width, height, 2);
+    upload(counting, shownByArea);
     counting.copyBox(Surface::inputPicture, area, Surface::excludeArea);
-    upload(counting, noisePicture(width, height, 2));
+    upload(counting, shownMasked);
     counting.copy(Surface::inputPicture, Surface::maskedInput);
     for (CSoftwareDevice* const each : {&counting, &plainDevice}) {
         upload(*each, first);
