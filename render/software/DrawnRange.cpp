@@ -1,5 +1,6 @@
 #include "render/software/DrawnRange.h"
 
+#include "render/software/GridBox.h"
 #include "render/software/Knots.h"
 #include "render/software/TiledPicture.h"
 
@@ -177,14 +178,30 @@ void CDrawnRange::evaluateLayers(int band, const RowKernels& kernels,
             project(span, row, rows, column, count, kernels, x, y);
         }
         const std::ptrdiff_t slot = m_raster.slotOf(span, row, column);
+        // Of several, most see nothing here.
+        const bool isOfSeveral = tables.layers > 1;
+        const CGridBox box(x + step * count, y + step * count, isOfSeveral ? count : 0);
         SeenLayers seen;
         for (int layer = 0; layer < tables.layers; ++layer) {
-            const TableWeights weights = lookUpPiece(
-                {x + step * count, y + step * count, count, tables.texels, tables.pitch, tables.columns,
-                 tables.rows, grid.scaleX, grid.scaleY, grid.originX,
-                 grid.originY + grid.nextTable * static_cast<float>(layer), static_cast<float>(window.width),
-                 static_cast<float>(window.height), nullptr, nullptr, nullptr},
-                layer, slot, kernels, tiles);
+            const TableRow places{x + step * count,
+                                  y + step * count,
+                                  count,
+                                  tables.texels,
+                                  tables.pitch,
+                                  tables.columns,
+                                  tables.rows,
+                                  grid.scaleX,
+                                  grid.scaleY,
+                                  grid.originX,
+                                  grid.originY + grid.nextTable * static_cast<float>(layer),
+                                  static_cast<float>(window.width),
+                                  static_cast<float>(window.height),
+                                  nullptr,
+                                  nullptr,
+                                  nullptr};
+            if (isOfSeveral && box.isBlind(places))
+                continue;
+            const TableWeights weights = lookUpPiece(places, layer, slot, kernels, tiles);
             const auto bit = static_cast<std::uint8_t>(1U << static_cast<unsigned>(layer));
             if (weights != TableWeights::none)
                 seen.layers |= bit;

@@ -3,6 +3,7 @@
 // For every file that is compiled for one instruction set: see PositionRows.h.
 
 #include "render/software/kernels/PositionRows.h"
+#include "render/software/kernels/TableCells.h"
 
 namespace tarvo::render::software {
 namespace {
@@ -23,22 +24,11 @@ struct TableCells {
     alignas(64) float x[most];      ///< of the entries, words
     alignas(64) float y[most];
     alignas(64) float weights[most];
-    // The columns and lines of those that are somewhere; none are where the first is beyond the last.
-    std::int32_t firstColumn;
-    std::int32_t lastColumn;
-    std::int32_t firstLine;
-    std::int32_t lastLine;
+    CellBox box; ///< of those that are somewhere
 };
 
 /// Beyond every cell.
 constexpr std::int32_t noCell = 1 << 20;
-
-/// The first of two neighbours along a side, such that there is a second wherever there are two.
-[[gnu::always_inline]] inline std::int32_t firstOfTwo(float inside, int size) {
-    const auto first = static_cast<std::int32_t>(inside);
-    const std::int32_t last = size > 1 ? size - 2 : 0;
-    return first < last ? first : last;
-}
 
 void findCells(const TableRow& row, int begin, int count, TableCells& cells) {
     const float* __restrict const x = row.x + begin;
@@ -59,8 +49,8 @@ void findCells(const TableRow& row, int begin, int count, TableCells& cells) {
     for (int i = 0; i < count; ++i) {
         const float fromX = x[i] * scaleX + originX;
         const float fromY = y[i] * scaleY + originY;
-        const float insideX = fromX > 0.0F ? (fromX < lastX ? fromX : lastX) : 0.0F;
-        const float insideY = fromY > 0.0F ? (fromY < lastY ? fromY : lastY) : 0.0F;
+        const float insideX = keptInside(fromX, lastX);
+        const float insideY = keptInside(fromY, lastY);
         const std::int32_t column = firstOfTwo(insideX, columns);
         const std::int32_t line = firstOfTwo(insideY, rows);
         cells.texels[i] = line * pitch + column;
@@ -77,35 +67,12 @@ void findCells(const TableRow& row, int begin, int count, TableCells& cells) {
         lastColumn = mostColumn > lastColumn ? mostColumn : lastColumn;
         lastLine = mostLine > lastLine ? mostLine : lastLine;
     }
-    cells.firstColumn = firstColumn;
-    cells.firstLine = firstLine;
-    cells.lastColumn = lastColumn;
-    cells.lastLine = lastLine;
+    cells.box = {firstColumn, lastColumn, firstLine, lastLine};
     // Cells are mixed four at a time.
     for (int i = count; i % 4 != 0; ++i) {
         cells.texels[i] = 0;
         cells.sharesX[i] = cells.sharesY[i] = 0.0F;
     }
-}
-
-/// Whether no place finds any weight, as far as a glance tells: of several tables, most see nothing in most
-/// of the view.
-bool isUnseen(const TableRow& row, const TableCells& cells) {
-    if (cells.firstColumn > cells.lastColumn)
-        return true;
-    constexpr int glance = 64;
-    const int endColumn = cells.lastColumn + 2 < row.columns ? cells.lastColumn + 2 : row.columns;
-    const int endLine = cells.lastLine + 2 < row.rows ? cells.lastLine + 2 : row.rows;
-    if ((endColumn - cells.firstColumn) * (endLine - cells.firstLine) > glance)
-        return false;
-    for (int line = cells.firstLine; line < endLine; ++line) {
-        const float* const texels = row.texels + line * row.pitch * 4;
-        for (int column = cells.firstColumn; column < endColumn; ++column) {
-            if (texels[column * 4 + 2] > 0.0F)
-                return false;
-        }
-    }
-    return true;
 }
 
 void storeNothing(const TableRow& row, int begin, int count) {
@@ -188,7 +155,7 @@ TableWeights lookUp(const TableRow& row) {
         const int left = row.count - begin;
         const int count = left < TableCells::most ? left : TableCells::most;
         findCells(row, begin, count, cells);
-        if (isUnseen(row, cells)) {
+        if (areWithoutWeight(cells.box, row.texels, row.pitch, row.columns, row.rows)) {
             storeNothing(row, begin, count);
             continue;
         }

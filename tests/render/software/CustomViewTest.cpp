@@ -119,6 +119,118 @@ TEST_F(CustomView, ATableWithoutWeightsCostsNothing) {
     EXPECT_EQ(device.counters().tilesMade, 2U) << "none for tables without any weight";
 }
 
+TEST_F(CustomView, NoIslandOfWeightIsMissed) {
+    constexpr int columns = 33;
+    constexpr int rows = 25;
+    constexpr int tables = 8;
+    constexpr int width = 300;
+    constexpr int height = 40;
+    openFor(PixelFormat::rgb32, 16, 16, width, height);
+    ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(Picture(16, 16, {200, 100, 40, 255}))), S_OK);
+    std::mt19937 random(5);
+    const auto below = [&](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
+    int seen = 0;
+    for (int round = 0; round < 60; ++round) {
+        // Each table sees around a single one of its texels.
+        std::vector<Texel> texels(columns * rows * tables, lookingAt(0.5, 0.5, 0));
+        std::array<std::pair<int, int>, tables> islands;
+        for (int table = 0; table < tables; ++table) {
+            auto& [column, row] = islands[static_cast<std::size_t>(table)];
+            column = below(columns);
+            row = below(rows);
+            texels[static_cast<std::size_t>((table * rows + row) * columns + column)].weight = full;
+        }
+        CustomTransformConstants zoom = wholeOf(columns, rows, tables);
+        const bool isMirrored = round % 4 == 3;
+        const double size = 0.05 + 0.95 * below(1000) / 1000.0;
+        const double left = (1.0 - size) * below(1000) / 1000.0;
+        const double top = (1.0 - size) * below(1000) / 1000.0;
+        zoom.viewRect[0] = static_cast<float>(isMirrored ? left + size : left);
+        zoom.viewRect[1] = static_cast<float>(top);
+        zoom.viewRect[2] = static_cast<float>(isMirrored ? -size : size);
+        zoom.viewRect[3] = static_cast<float>(size);
+        ASSERT_EQ(putTables(device, columns, rows * tables, texels), S_OK);
+        ASSERT_EQ(drawTables(device, zoom), S_OK);
+        const Picture shown = outputOf(device);
+        const auto viewed = [&](int side, double place) {
+            return place * static_cast<double>(zoom.viewRect[side + 2]) +
+                   static_cast<double>(zoom.viewRect[side]);
+        };
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const double across = viewed(0, (x + 0.5) / width);
+                const double down = viewed(1, (y + 0.5) / height);
+                double weight = 0.0;
+                for (const auto& [column, row] : islands) {
+                    weight += std::max(0.0, 1.0 - std::abs(across * (columns - 1) - column)) *
+                              std::max(0.0, 1.0 - std::abs(down * (rows - 1) - row));
+                }
+                ASSERT_NEAR(shown.at(x, y).blue, std::min(200.0 * weight, 255.0), 0.75) << x << " " << y;
+                seen += weight > 0.1 ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(seen, 1000);
+}
+
+TEST_F(CustomView, SeveralTablesShowWhatEachShowsAlone) {
+    constexpr int columns = 33;
+    constexpr int rows = 25;
+    constexpr int tables = 8;
+    openFor(PixelFormat::rgb32, 16, 16, 300, 200);
+    ASSERT_EQ(device.upload(Surface::inputPicture, rowsOf(Picture(16, 16, {200, 100, 40, 255}))), S_OK);
+    std::mt19937 random(6);
+    const auto between = [&](double low, double high) {
+        return static_cast<float>(low + (high - low) * static_cast<double>(random() % 10001) / 10000.0);
+    };
+    int seen = 0;
+    for (int round = 0; round < 20; ++round) {
+        // A camera that is turned, so that a row crosses many cells.
+        const auto camera = [&, pan = between(-0.5, 0.5), tilt = between(-0.3, 0.3), fov = between(0.2, 1.0),
+                             pitch = between(-0.2, 0.2), roll = between(-1.5, 1.5)](int count) {
+            const CustomTransformConstants grid = wholeOf(columns, rows, count);
+            VirtualPtzConstants c{};
+            std::copy_n(grid.lookupRectangle, 4, c.lookupRectangle);
+            c.numberOfTables = grid.numberOfTables;
+            c.tableHeight = grid.tableHeight;
+            c.inputFov[0] = 3.0F;
+            c.inputFov[1] = 1.5F;
+            c.outputAR = 1.5F;
+            c.panTiltFov[0] = pan;
+            c.panTiltFov[1] = tilt;
+            c.panTiltFov[2] = fov;
+            c.pitchRoll[0] = pitch;
+            c.pitchRoll[1] = roll;
+            c.effectLevel = 1.0F;
+            return c;
+        };
+        // Each sees around a single one of its texels.
+        std::vector<Texel> texels(columns * rows * tables, lookingAt(0.5, 0.5, 0));
+        std::vector<int> sums(300 * 200);
+        std::vector<int> counts(sums.size());
+        for (std::size_t table = 0; table < tables; ++table) {
+            const auto first = texels.begin() + static_cast<std::ptrdiff_t>(table * columns * rows);
+            first[static_cast<std::ptrdiff_t>(random() % (columns * rows))].weight = full;
+            ASSERT_EQ(putTables(device, columns, rows, {first, first + columns * rows}), S_OK);
+            ASSERT_EQ(drawTables(device, camera(1)), S_OK);
+            const Picture shown = outputOf(device);
+            for (std::size_t i = 0; i < sums.size(); ++i) {
+                sums[i] += shown.pixels[i].blue;
+                counts[i] += shown.pixels[i].blue != 0 ? 1 : 0;
+            }
+        }
+        ASSERT_EQ(putTables(device, columns, rows * tables, texels), S_OK);
+        ASSERT_EQ(drawTables(device, camera(tables)), S_OK);
+        const Picture shown = outputOf(device);
+        for (std::size_t i = 0; i < sums.size(); ++i) {
+            // Each was rounded.
+            ASSERT_NEAR(shown.pixels[i].blue, std::min(sums[i], 255), counts[i] > 1 ? counts[i] : 1) << i;
+            seen += counts[i];
+        }
+    }
+    EXPECT_GT(seen, 10000);
+}
+
 /// Two pixels, of 100 and of 200, whose alpha is not what is shown.
 class CustomLayers : public SoftwareDevice {
 protected:
