@@ -51,6 +51,13 @@ protected:
         return expected;
     }
 
+    /// Both draw a view of what was uploaded last.
+    void expectToDrawAlike() {
+        for (CSoftwareDevice* const each : both())
+            drawViews(*each, 0.5F, {0});
+        EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+    }
+
     const Picture first = noisePicture(width, height, 3);
     const Picture second = noisePicture(width, height, 4);
     CSoftwareDevice plainDevice{diagnostics::ObjectLog{log, 8}};
@@ -80,9 +87,7 @@ TEST_F(HandedOverPictures, IsThereUntilTheNextOneIsBegun) {
     upload(device, second);
     EXPECT_EQ(outputOf(device).pixels, expected.pixels) << "the next frame is there, but not drawn";
     upload(plainDevice, second);
-    for (CSoftwareDevice* const each : both())
-        drawViews(*each, 0.5F, {0});
-    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+    expectToDrawAlike();
     EXPECT_NE(outputOf(device).pixels, expected.pixels);
 }
 
@@ -98,9 +103,7 @@ TEST_F(HandedOverPictures, OutlastsPicturesThatAreNotDrawn) {
     EXPECT_EQ(outputOf(device).pixels, expected.pixels);
     // The last one of them is what is seen from now on.
     upload(plainDevice, second);
-    for (CSoftwareDevice* const each : both())
-        drawViews(*each, 0.5F, {0});
-    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+    expectToDrawAlike();
 }
 
 TEST_F(HandedOverPictures, OutlastsAPictureThatIsNotLent) {
@@ -110,9 +113,7 @@ TEST_F(HandedOverPictures, OutlastsAPictureThatIsNotLent) {
     std::fill(other.pixels.begin(), other.pixels.end(), grey);
     EXPECT_EQ(outputOf(device).pixels, expected.pixels);
     upload(plainDevice, second);
-    for (CSoftwareDevice* const each : both())
-        drawViews(*each, 0.5F, {0});
-    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+    expectToDrawAlike();
 }
 
 TEST_F(HandedOverPictures, OfTwoThatWereLentTheLaterOneIsSeen) {
@@ -121,9 +122,8 @@ TEST_F(HandedOverPictures, OfTwoThatWereLentTheLaterOneIsSeen) {
     for (CSoftwareDevice* const each : both()) {
         upload(*each, third);
         upload(*each, second);
-        drawViews(*each, 0.5F, {0});
     }
-    EXPECT_EQ(outputOf(device).pixels, outputOf(plainDevice).pixels);
+    expectToDrawAlike();
 }
 
 TEST_F(HandedOverPictures, WhatLooksAtTheNextOneSeesItBeforeItIsDrawn) {
