@@ -13,14 +13,16 @@ using namespace handedOver;
 class HandedOverPictures : public SoftwareDevice {
 protected:
     void SetUp() override {
-        for (CSoftwareDevice* const each : both()) {
-            ASSERT_EQ(
-                each->open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
-                S_OK);
-            ASSERT_EQ(each->geometry(quads(), {}), S_OK);
-        }
+        for (CSoftwareDevice* const each : both())
+            open(*each);
     }
 
+    static void open(CSoftwareDevice& target) {
+        ASSERT_EQ(
+            target.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
+            S_OK);
+        ASSERT_EQ(target.geometry(quads(), {}), S_OK);
+    }
     std::array<CSoftwareDevice*, 2> both() { return {&device, &plainDevice}; }
 
     static SourceRows lent(const Picture& picture) {
@@ -171,9 +173,7 @@ constexpr std::size_t pictureBytes = std::size_t{width} * height * 4;
 TEST_F(HandedOverPictures, TheNextOneTakesTheSameMemory) {
     CSoftwareDevice watched(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
                             WatchedMemory::source);
-    ASSERT_EQ(watched.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
-              S_OK);
-    ASSERT_EQ(watched.geometry(quads(), {}), S_OK);
+    open(watched);
     ASSERT_EQ(WatchedMemory::written(pictureBytes), 0);
     for (unsigned seed = 1; seed < 9; ++seed) {
         const Picture input = noisePicture(width, height, seed);
@@ -194,14 +194,11 @@ TEST_F(HandedOverPictures, TheNextOneTakesTheSameMemory) {
     }
 }
 
-TEST_F(HandedOverPictures, NorDoesOneThatCannotWait) {
+TEST_F(HandedOverPictures, OneThatCannotWaitTakesTheSameMemoryToo) {
     for (const bool isLent : {true, false}) {
         CSoftwareDevice watched(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
                                 WatchedMemory::source);
-        ASSERT_EQ(
-            watched.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
-            S_OK);
-        ASSERT_EQ(watched.geometry(quads(), {}), S_OK);
+        open(watched);
         // It is in its place before anything is drawn. So would the next one be, whose output is in memory
         // already: nothing is drawn twice from then on.
         for (const bool isFirst : {true, false}) {
@@ -222,8 +219,7 @@ TEST_F(HandedOverPictures, OneThatFindsNoMemoryIsRefusedAtOnce) {
     const CountedMemory counted;
     CSoftwareDevice counting(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
                              CountedMemory::source);
-    ASSERT_EQ(counting.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
-              S_OK);
+    open(counting);
     // There is memory for three, each of which some other surface goes on showing.
     const geometry::PixelBox area{0, 0, 64, 48};
     ASSERT_EQ(counting.geometry(quads(), {{}, area}), S_OK);
@@ -254,8 +250,7 @@ TEST_F(HandedOverPictures, AreaAndOverviewTakeNoMoreMemoryThanIsReady) {
     const CountedMemory counted;
     CSoftwareDevice counting(diagnostics::ObjectLog{log, 9}, std::make_shared<CThreadPool>(2),
                              CountedMemory::source);
-    ASSERT_EQ(counting.open(inputOf(PixelFormat::rgb32, width, height), outputOf(outputWidth, outputHeight)),
-              S_OK);
+    open(counting);
     const geometry::PixelBox area{0, 0, 64, 48};
     const ExcludeConstants constants{{0.0F, 0.0F, 0.2F, 0.2F}};
     int blocks = 0;
