@@ -41,6 +41,17 @@ struct CRowsTaken : IMappedRowsVisitor {
     }
 };
 
+/// Has one device hand its output over, every row once, which is what another one drew into memory.
+inline Picture readAlike(CSoftwareDevice& device, CSoftwareDevice& plainDevice) {
+    CRowsTaken taken;
+    EXPECT_EQ(device.readBack(taken), S_OK);
+    EXPECT_FALSE(taken.hasSeenPixels);
+    EXPECT_EQ(taken.visits, std::vector<int>(handedOver::outputHeight, 1));
+    const Picture expected = outputOf(plainDevice);
+    EXPECT_EQ(taken.picture.pixels, expected.pixels);
+    return expected;
+}
+
 /// Draws a view into each of these quads of the output, after a clear.
 inline void drawViews(IRenderDevice& target, float turn, std::initializer_list<int> quads) {
     target.clear(Surface::outputTarget, greyClear);

@@ -42,13 +42,7 @@ protected:
     /// Hands a frame over; the picture, which is the plain device's.
     Picture handOver(unsigned seed, float turn) {
         frame(seed, turn);
-        CRowsTaken taken;
-        EXPECT_EQ(device.readBack(taken), S_OK);
-        EXPECT_FALSE(taken.hasSeenPixels);
-        EXPECT_EQ(taken.visits, std::vector<int>(outputHeight, 1));
-        const Picture expected = outputOf(plainDevice);
-        EXPECT_EQ(taken.picture.pixels, expected.pixels);
-        return expected;
+        return readAlike(device, plainDevice);
     }
 
     CSoftwareDevice plainDevice{diagnostics::ObjectLog{log, 8}};
